@@ -1,0 +1,26 @@
+# Compile and link options that every target of ours shares; link to Kelvro::options privately.
+# They stay out of the installed package: a host chooses its own.
+
+add_library(kelvro_options INTERFACE)
+add_library(Kelvro::options ALIAS kelvro_options)
+
+target_compile_definitions(kelvro_options INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_TO_ASCII
+    QT_NO_KEYWORDS
+    QT_USE_QSTRINGBUILDER)
+
+target_compile_options(kelvro_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Werror)
+
+if(KELVRO_SANITIZERS)
+    # -fno-sanitize-recover: an undefined-behaviour report must fail the test that caused it.
+    set(_sanitize -fsanitize=${KELVRO_SANITIZERS} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(kelvro_options INTERFACE ${_sanitize})
+    target_link_options(kelvro_options INTERFACE ${_sanitize})
+endif()
+
+if(KELVRO_COVERAGE)
+    target_compile_options(kelvro_options INTERFACE --coverage)
+    target_link_options(kelvro_options INTERFACE --coverage)
+endif()

@@ -1,0 +1,35 @@
+# Installs what a host compiles against (find_package(Kelvrostorage), target
+# Kelvrostorage::interfaces) and the plug-in file that it loads.
+
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+set(_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/Kelvrostorage")
+
+install(TARGETS kelvro_interfaces
+    EXPORT KelvrostorageTargets
+    FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kelvrostorage")
+
+install(TARGETS kelvrostorage
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/kelvrostorage")
+
+install(EXPORT KelvrostorageTargets
+    NAMESPACE Kelvrostorage::
+    DESTINATION "${_package_dir}")
+
+configure_package_config_file(
+    "${CMAKE_CURRENT_LIST_DIR}/KelvrostorageConfig.cmake.in"
+    "${CMAKE_CURRENT_BINARY_DIR}/KelvrostorageConfig.cmake"
+    INSTALL_DESTINATION "${_package_dir}"
+    PATH_VARS CMAKE_INSTALL_LIBDIR)
+
+# Slot order and record layout are the binary contract, and they may change with any minor version
+# before 1.0: a host must be built against the headers of the version that it loads.
+write_basic_package_version_file(
+    "${CMAKE_CURRENT_BINARY_DIR}/KelvrostorageConfigVersion.cmake"
+    COMPATIBILITY SameMinorVersion)
+
+install(FILES
+    "${CMAKE_CURRENT_BINARY_DIR}/KelvrostorageConfig.cmake"
+    "${CMAKE_CURRENT_BINARY_DIR}/KelvrostorageConfigVersion.cmake"
+    DESTINATION "${_package_dir}")

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "model/dl_queues.h"
+
+#include <QList>
+
+namespace interfaces {
+
+/// The pending downlink queues of each device, kept in Redis with an optional durable copy.
+///
+/// Owned by the driver state that hands it out; never delete it. One thread at a time. Every
+/// operation blocks on the servers; the client libraries' exceptions pass through unchanged.
+class IDriverDLqueue {
+public:
+    /// The queues from Redis, else from the durable copy, else an empty record.
+    virtual model::dl_queues Pull(int modem_id) = 0;
+
+    /// Stores the queues in Redis and, if `persist`, in the durable copy. Always true.
+    virtual bool Push(int modem_id, const model::dl_queues& queues, bool persist) = 0;
+
+    /// Deletes both copies. Always true.
+    virtual bool Delete(int modem_id) = 0;
+
+    /// Calls Delete for each device. Always true.
+    virtual bool DeleteDevices(const QList<int>& modem_ids) = 0;
+
+protected:
+    ~IDriverDLqueue() = default;
+};
+
+} // namespace interfaces

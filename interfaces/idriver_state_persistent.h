@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QJsonObject>
+
+namespace interfaces {
+
+/// The durable copy of the devices' driver states: one JSON object per device.
+///
+/// Every operation blocks on the server; the MongoDB driver's exceptions pass through unchanged.
+class IDriverStatePersistent {
+public:
+    /// Lays out the collection where the store has none.
+    virtual void Create() = 0;
+
+    /// Stores or replaces the object. True when it replaced one, false on the first save of a
+    /// device.
+    virtual bool Save(int modem_id, const QJsonObject& state) = 0;
+
+    /// The stored object, or an empty one.
+    virtual QJsonObject Get(int modem_id) = 0;
+
+    /// True when there was something to delete.
+    virtual bool Delete(int modem_id) = 0;
+
+protected:
+    ~IDriverStatePersistent() = default;
+};
+
+} // namespace interfaces

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "model/dev_event.h"
+#include "model/dev_value.h"
+#include "model/filter_eav.h"
+
+#include <list>
+#include <map>
+#include <memory>
+
+namespace interfaces {
+
+/// Stores and finds the devices' values and events.
+///
+/// Owned by the database object that hands it out; never delete it. One thread at a time. Every
+/// operation blocks on the server; the MongoDB driver's exceptions pass through unchanged.
+class IEAVRepository {
+public:
+    virtual ~IEAVRepository() = default;
+
+    /// One ordered bulk insert: values before a refused one stay stored. An empty list does nothing.
+    virtual void SaveValues(const std::list<model::dev_value>& values) = 0;
+
+    /// As SaveValues, for events.
+    virtual void SaveEvents(const std::list<model::dev_event>& events) = 0;
+
+    /// Values by device number. Never null; a device without values has no key. The plain query
+    /// gives the newest first; with filter.first_last each device has, for every OBIS code of the
+    /// filter, its newest and then its oldest numeric value (the same one twice if there is one).
+    virtual std::shared_ptr<std::map<int, std::list<model::dev_value>>>
+    GetValues(const model::filter_eav& filter) = 0;
+
+    /// Events by device number, newest first. filter.tags selects by event text.
+    virtual std::shared_ptr<std::map<int, std::list<model::dev_event>>>
+    GetEvents(const model::filter_eav& filter) = 0;
+
+    /// Deletes by device, period and tags; the OBIS codes of the filter are not read.
+    virtual void DeleteValues(const model::filter_eav& filter) = 0;
+
+    /// Deletes by device and period only; the tags of the filter are not read.
+    virtual void DeleteEvents(const model::filter_eav& filter) = 0;
+};
+
+} // namespace interfaces

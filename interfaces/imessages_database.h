@@ -1,0 +1,19 @@
+#pragma once
+
+#include "interfaces/idatabase.h"
+
+namespace interfaces {
+
+class IULAPPMessageRepository;
+class IDLAPPMessageRepository;
+
+/// The store of uplink messages and downlink commands.
+///
+/// Owns both repositories: the pointers stay valid, and stay the same, while this object lives.
+class IMessagesDatabase : public IDatabase {
+public:
+    virtual IULAPPMessageRepository* UlMessageRepository() = 0;
+    virtual IDLAPPMessageRepository* DlMessageRepository() = 0;
+};
+
+} // namespace interfaces
