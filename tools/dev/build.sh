@@ -1,0 +1,124 @@
+# shellcheck shell=bash
+# Building with the CMake presets, and the commands that build first: build, test, demo and bench;
+# also the shell.
+
+PRESETS=(dev release asan coverage)
+
+# check_usage COMMAND ARGS…: before any set-up, so that a slip costs no minutes.
+check_usage() {
+    case "$1" in
+    build) [[ $# -le 2 ]] || usage_error "build: takes one preset" ;;
+    with-servers) [[ $# -ge 2 ]] || usage_error "with-servers: needs a command to run" ;;
+    lint | servers | shell) [[ $# -eq 1 ]] || usage_error "$1: takes no arguments" ;;
+    test) parse_test_arguments "${@:2}" ;;
+    esac
+    [[ $1 != build || $# -eq 1 ]] || check_preset "$2"
+}
+
+check_preset() {
+    [[ " ${PRESETS[*]} " == *" $1 "* ]] || usage_error "unknown preset '$1' (there are: ${PRESETS[*]})"
+}
+
+build_preset() {
+    local preset=$1 folder=$PROJECT/build/$1 plugin=build/$1/plugin/libkelvrostorage.so wanted
+    cd "$PROJECT"
+    [[ -f CMakePresets.json ]] || die "there is no CMakePresets.json in $PROJECT to build with"
+    # Paths are left out of the hashes of debug builds, so that every clone profits from one cache.
+    export CCACHE_DIR=$CACHE/ccache CCACHE_BASEDIR=$PROJECT CCACHE_NOHASHDIR=1 CCACHE_MAXSIZE=5G
+    lock "$PROJECT/build/.lock" exclusive
+    wanted=$(hash_of CMakePresets.json "$PROJECT" /.stamp)
+    if [[ ! -f $folder/build.ninja ]] || ! stamp_is "$folder/.configured" "$wanted"; then
+        step "configure-$preset" "configuring the preset $preset" cmake --preset "$preset" --fresh
+        echo "$wanted" >"$folder/.configured"
+    fi
+    step "build-$preset" "building the preset $preset" \
+        cmake --build --preset "$preset" --parallel "$JOBS"
+    if [[ -f $plugin ]]; then
+        echo "$plugin" >build/.last-plugin
+    else
+        rm -f build/.last-plugin
+    fi
+    unlock "$PROJECT/build/.lock"
+}
+
+export_plugin() {
+    [[ -f $PROJECT/build/.last-plugin ]] || die "the build made no plug-in file"
+    KELVROSTORAGE_PLUGIN=$PROJECT/$(<"$PROJECT/build/.last-plugin")
+    export KELVROSTORAGE_PLUGIN
+}
+
+command_build() {
+    build_preset "${1-dev}"
+}
+
+parse_test_arguments() {
+    TEST_PRESET=dev TEST_REGEX='' TEST_LONG=''
+    while (($# > 0)); do
+        case "$1" in
+        --preset)
+            [[ $# -ge 2 ]] || usage_error "test: --preset needs a preset"
+            TEST_PRESET=$2
+            shift
+            ;;
+        --preset=*) TEST_PRESET=${1#*=} ;;
+        --long) TEST_LONG=yes ;;
+        -*) usage_error "test: unknown option '$1'" ;;
+        *)
+            [[ -z $TEST_REGEX ]] || usage_error "test: takes one REGEX"
+            TEST_REGEX=$1
+            ;;
+        esac
+        shift
+    done
+    check_preset "$TEST_PRESET"
+}
+
+command_test() {
+    local options=(--output-on-failure --no-tests=error -j "$JOBS")
+    [[ -z $TEST_REGEX ]] || options+=(-R "$TEST_REGEX")
+    [[ -n $TEST_LONG ]] || options+=(-LE '^long$')
+    build_preset "$TEST_PRESET"
+    [[ ! -f build/.last-plugin ]] || export_plugin
+    start_servers
+    run_child ctest --preset "$TEST_PRESET" "${options[@]}"
+}
+
+command_demo() {
+    build_preset dev
+    export_plugin
+    start_servers
+    local settings=$SERVER_FOLDER/settings.json
+    write_settings "$settings"
+    run_child build/dev/host/kelvro-host demo --plugin "$KELVROSTORAGE_PLUGIN" \
+        --settings "$settings" "$@"
+}
+
+# The plug-in's settings for the servers at MONGODB_URL and REDIS_URL.
+write_settings() {
+    (umask 077 && python3 - "$1") <<'PYTHON'
+import json, os, sys, urllib.parse
+redis = urllib.parse.urlsplit(os.environ["REDIS_URL"])
+settings = {
+    "url": os.environ["MONGODB_URL"],
+    "redis": {
+        "host": redis.hostname,
+        "port": redis.port or 6379,
+        "auth": urllib.parse.unquote(redis.password or ""),
+    },
+}
+with open(sys.argv[1], "w") as file:
+    json.dump(settings, file)
+PYTHON
+}
+
+command_bench() {
+    [[ -x $PROJECT/bench/run ]] || die "there is no bench/run to measure with"
+    build_preset release
+    export_plugin
+    start_servers
+    run_child bench/run "$PROJECT/build/release" "$@"
+}
+
+command_shell() {
+    run_child bash -i
+}
