@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+
+#include <chrono>
+
+namespace RedisClient {
+
+using Clock = std::chrono::steady_clock;
+
+/// A socket that is closed with its owner; -1 is none.
+class TcpSocket {
+public:
+    TcpSocket() = default;
+    explicit TcpSocket(int fd) : m_fd(fd) {}
+    ~TcpSocket();
+    TcpSocket(TcpSocket&& other) noexcept;
+    TcpSocket& operator=(TcpSocket&& other) noexcept;
+
+    int fd() const { return m_fd; }
+    /// Gives the socket away.
+    int release() noexcept;
+
+private:
+    int m_fd = -1;
+};
+
+/// A connected socket that does not block, sends without delay, probes an idle peer and is not
+/// inherited by child processes. Every address of the host is tried in turn, each with an equal
+/// share of the time left. Throws std::runtime_error with the cause.
+TcpSocket connectTcp(const QString& host, int port, Clock::time_point deadline);
+
+enum class Readiness { ready, timedOut, failed };
+
+/// Waits for `events` of poll(). Once the deadline has passed it is timedOut, ready or not, so that
+/// a peer that trickles cannot keep the caller beyond it. On failed, errno has the cause.
+Readiness waitUntilReady(int fd, short events, Clock::time_point deadline) noexcept;
+
+} // namespace RedisClient
