@@ -43,8 +43,8 @@ public:
     virtual ~IDatabaseFactory() = default;
 
     /// Reads "url". Lays the store out before it returns: blocks on the server.
-    virtual std::shared_ptr<IMessagesDatabase> CreateMessageDatabaseInst(const QJsonObject& settings,
-                                                                         QObject* parent) = 0;
+    virtual std::shared_ptr<IMessagesDatabase>
+    CreateMessageDatabaseInst(const QJsonObject& settings, QObject* parent) = 0;
 
     /// Reads "url". Lays the store out before it returns: blocks on the server.
     virtual std::shared_ptr<IEAVDatabase> CreateEavDatabaseInst(const QJsonObject& settings,

@@ -21,7 +21,8 @@ public:
     virtual ~IDLAPPMessageRepository() = default;
 
     /// Stores one command and writes the id of its document into `message.db_id`. Throws
-    /// std::runtime_error if the server's id is not an ObjectId; the command is stored all the same.
+    /// std::runtime_error if the server's id is not an ObjectId; the command is stored all the
+    /// same.
     virtual void SaveMessage(model::dl_message& message) = 0;
 
     /// Throws a QString: "invalid id" if `id` is not 24 hexadecimal digits, "not exist" if there is

@@ -18,7 +18,8 @@ class IEAVRepository {
 public:
     virtual ~IEAVRepository() = default;
 
-    /// One ordered bulk insert: values before a refused one stay stored. An empty list does nothing.
+    /// One ordered bulk insert: values before a refused one stay stored. An empty list does
+    /// nothing.
     virtual void SaveValues(const std::list<model::dev_value>& values) = 0;
 
     /// As SaveValues, for events.
