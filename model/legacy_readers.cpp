@@ -1,61 +1,132 @@
 #include "model/legacy_readers.h"
 
-#include "model/bson_error.h"
+#include "model/dl_messages_layout.h"
+#include "model/eav_events_layout.h"
+#include "model/eav_values_layout.h"
+#include "model/json_variant.h"
+#include "model/legacy_json.h"
 
-#include <bson/bson.h>
+#include <QJsonDocument>
 
-#include <QJsonArray>
-#include <QJsonObject>
-
-#include <memory>
+#include <algorithm>
 
 namespace bson_utils {
 
 namespace {
 
-QJsonObject parsedLegacyText(const bsoncxx::v1::document::view& document) {
-    bson_t bson;
-    if (!bson_init_static(&bson, document.data(), document.size())) {
-        throw bson_error("not a BSON document");
-    }
-    std::size_t length = 0;
-    const std::unique_ptr<char, decltype(&bson_free)> text{
-        bson_as_legacy_extended_json(&bson, &length), &bson_free};
-    if (text == nullptr) {
-        throw bson_error("cannot render a BSON document as JSON");
-    }
-    return QJsonDocument::fromJson(QByteArray::fromRawData(text.get(), static_cast<int>(length)))
-        .object();
+QDateTime utc(int secs) {
+    return QDateTime::fromSecsSinceEpoch(secs, Qt::UTC);
 }
 
-QDateTime utcSecs(const QJsonValue& secs) {
-    return QDateTime::fromSecsSinceEpoch(secs.toInt(), Qt::UTC);
+QDateTime localTime(qint64 utcMsecs) {
+    return QDateTime::fromMSecsSinceEpoch(utcMsecs);
 }
 
-QDateTime localMsecs(const QJsonValue& date) {
-    const double msecs = date.toObject().value(QStringLiteral("$date")).toDouble();
-    return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(msecs));
+// What an empty document gives.
+template <typename Record>
+Record emptyRecord() {
+    Record record;
+    record.timestamp = utc(0);
+    record.ttl = localTime(0);
+    if constexpr (requires { record.extended_data; }) {
+        record.extended_data = QJsonDocument{QJsonObject{}};
+    }
+    return record;
+}
+
+// Hands each element to `readField(record, key, element)`, which takes or skips it.
+template <typename Record, typename ReadField>
+Record read(const bsoncxx::v1::document::view& document, ReadField readField) {
+    Record record = emptyRecord<Record>();
+    legacy_json element{document};
+    while (element.next()) {
+        readField(record, element.key(), element);
+    }
+    return element.renderable() ? record : emptyRecord<Record>();
 }
 
 } // namespace
 
 model::dl_message fromBsonDL(const bsoncxx::v1::document::view& document) {
-    const QJsonObject json = parsedLegacyText(document);
-    model::dl_message message;
-    message.db_id =
-        json.value(QStringLiteral("_id")).toObject().value(QStringLiteral("$oid")).toString();
-    message.modem_id = json.value(QStringLiteral("modem_id")).toInt();
-    message.timeout = json.value(QStringLiteral("timeout")).toInt();
-    message.status =
-        static_cast<model::dl_message::dl_status>(json.value(QStringLiteral("status")).toInt());
-    message.timestamp = utcSecs(json.value(QStringLiteral("timestamp")));
-    message.data = json.value(QStringLiteral("data")).toObject();
-    message.api_key = json.value(QStringLiteral("api_key")).toString();
-    message.payload =
-        QByteArray::fromHex(json.value(QStringLiteral("payload")).toString().toLatin1());
-    message.f_ack = json.value(QStringLiteral("f_ack")).toInt();
-    message.ttl = localMsecs(json.value(QStringLiteral("ttl")));
-    return message;
+    namespace field = layout::dl_messages;
+    return read<model::dl_message>(
+        document, [](model::dl_message& message, std::string_view key, legacy_json& element) {
+            if (key == field::id) {
+                message.db_id = element.toOid();
+            } else if (key == field::modem_id) {
+                message.modem_id = element.toInt();
+            } else if (key == field::api_key) {
+                message.api_key = element.toString();
+            } else if (key == field::data) {
+                message.data = element.toObject();
+            } else if (key == field::status) {
+                message.status = static_cast<model::dl_message::dl_status>(element.toInt());
+            } else if (key == field::timeout) {
+                message.timeout = element.toInt();
+            } else if (key == field::f_ack) {
+                message.f_ack = element.toInt();
+            } else if (key == field::payload) {
+                message.payload = QByteArray::fromHex(element.toString().toLatin1());
+            } else if (key == field::ttl) {
+                message.ttl = localTime(element.toDateMsecs());
+            } else if (key == field::timestamp) {
+                message.timestamp = utc(element.toInt());
+            } else {
+                element.skip();
+            }
+        });
+}
+
+model::dev_value fromBsonValue(const bsoncxx::v1::document::view& document) {
+    namespace field = layout::eav_values;
+    return read<model::dev_value>(
+        document, [](model::dev_value& value, std::string_view key, legacy_json& element) {
+            if (key == field::modem_id) {
+                value.modem_id = element.toInt();
+            } else if (key == field::message_id) {
+                value.message_id = element.toString();
+            } else if (key == field::timestamp) {
+                value.timestamp = utc(element.toInt());
+            } else if (key == field::tag) {
+                value.tag = element.toString();
+            } else if (key == field::obis_code) {
+                value.obis_code = element.toString();
+            } else if (key == field::extended_data) {
+                value.extended_data = QJsonDocument{element.toObject()};
+            } else if (key == field::ttl) {
+                value.ttl = localTime(element.toDateMsecs());
+            } else if (key == field::value) {
+                value.value = toVariantOfDoubles(element.toValue());
+            } else {
+                element.skip();
+            }
+        });
+}
+
+model::dev_event fromBsonEvent(const bsoncxx::v1::document::view& document) {
+    namespace field = layout::eav_events;
+    return read<model::dev_event>(
+        document, [](model::dev_event& event, std::string_view key, legacy_json& element) {
+            if (key == field::modem_id) {
+                event.modem_id = element.toInt();
+            } else if (key == field::timestamp) {
+                event.timestamp = utc(element.toInt());
+            } else if (key == field::message_id) {
+                event.message_id = element.toString();
+            } else if (key == field::event_code) {
+                event.event_code = element.toInt();
+            } else if (key == field::message) {
+                event.message = element.toString();
+            } else if (key == field::parameter) {
+                event.parameter = element.toInt();
+            } else if (key == field::extended_data) {
+                event.extended_data = QJsonDocument{element.toObject()};
+            } else if (key == field::ttl) {
+                event.ttl = localTime(element.toDateMsecs());
+            } else {
+                element.skip();
+            }
+        });
 }
 
 } // namespace bson_utils

@@ -2,8 +2,8 @@
 
 #include "interfaces/idevice_clients_database.h"
 #include "interfaces/idriver_state.h"
-#include "interfaces/ieav_database.h"
 #include "mongo/db_driver_mongo.h"
+#include "mongo/eav_db_driver_mongo.h"
 #include "redisclient/redisclient.h"
 
 #include <QMetaType>
@@ -37,8 +37,10 @@ DbDriverMongoFactory::CreateMessageDatabaseInst(const QJsonObject& settings, QOb
 }
 
 std::shared_ptr<interfaces::IEAVDatabase>
-DbDriverMongoFactory::CreateEavDatabaseInst(const QJsonObject& /*settings*/, QObject* /*parent*/) {
-    throw std::runtime_error("CreateEavDatabaseInst is not available yet");
+DbDriverMongoFactory::CreateEavDatabaseInst(const QJsonObject& settings, QObject* /*parent*/) {
+    auto database = std::make_shared<mongo::EavDbDriverMongo>(mongoUrl(settings));
+    database->CreateDatabase();
+    return database;
 }
 
 std::shared_ptr<interfaces::IDriverState>

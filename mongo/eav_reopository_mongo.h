@@ -1,0 +1,42 @@
+#pragma once
+
+#include "interfaces/ieav_repository.h"
+
+#include <mongocxx/v1/database.hpp>
+
+namespace mongo {
+
+/// Stores and finds the devices' values in "eav_values" and their events in "eav_events".
+///
+/// Borrows the client of the database handle: use it from one thread at a time, and not after the
+/// database object that handed it out is gone. Every operation blocks: one request (a query: one
+/// request and its cursor's batches), but for the first-last query, which sends two finds per
+/// device and OBIS code. Every operation writes one debug line with its duration when it has
+/// succeeded, also when an empty list left nothing to ask the server. Errors of the MongoDB driver
+/// pass through unchanged (mongocxx::v1::exception and derived).
+class EAVRepositoryMongo final : public interfaces::IEAVRepository {
+public:
+    explicit EAVRepositoryMongo(const mongocxx::v1::database& database);
+
+    void SaveValues(const std::list<model::dev_value>& values) override;
+    void SaveEvents(const std::list<model::dev_event>& events) override;
+
+    std::shared_ptr<std::map<int, std::list<model::dev_value>>>
+    GetValues(const model::filter_eav& filter) override;
+
+    std::shared_ptr<std::map<int, std::list<model::dev_event>>>
+    GetEvents(const model::filter_eav& filter) override;
+
+    void DeleteValues(const model::filter_eav& filter) override;
+    void DeleteEvents(const model::filter_eav& filter) override;
+
+private:
+    using values_by_device = std::map<int, std::list<model::dev_value>>;
+
+    void findFirstAndLast(const model::filter_eav& filter, values_by_device& found);
+    void findPlain(const model::filter_eav& filter, values_by_device& found);
+
+    mongocxx::v1::database m_database;
+};
+
+} // namespace mongo
