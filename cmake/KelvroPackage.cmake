@@ -1,17 +1,16 @@
 # Installs what a host compiles against (find_package(Kelvrostorage), target
-# Kelvrostorage::interfaces) and the plug-in file that it loads.
+# Kelvrostorage::interfaces), and the plug-in file, which it loads at run time (its path is in
+# Kelvrostorage_PLUGIN) and may link as Kelvrostorage::plugin for the records' JSON conversions.
 
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
 set(_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/Kelvrostorage")
 
-install(TARGETS kelvro_interfaces
+install(TARGETS kelvro_interfaces kelvrostorage
     EXPORT KelvrostorageTargets
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/kelvrostorage"
     FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kelvrostorage")
-
-install(TARGETS kelvrostorage
-    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/kelvrostorage")
 
 install(EXPORT KelvrostorageTargets
     NAMESPACE Kelvrostorage::

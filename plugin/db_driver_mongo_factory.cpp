@@ -1,21 +1,24 @@
 #include "plugin/db_driver_mongo_factory.h"
 
-#include "interfaces/idevice_clients_database.h"
-#include "interfaces/idriver_state.h"
 #include "mongo/db_driver_mongo.h"
 #include "mongo/eav_db_driver_mongo.h"
+#include "redis/device_client_database_redis.h"
+#include "redis/driver_state.h"
+#include "redis/redis_conf.h"
 #include "redisclient/redisclient.h"
 
 #include <QMetaType>
 #include <QVariant>
 #include <QVector>
 
-#include <stdexcept>
-
 namespace {
 
 std::string mongoUrl(const QJsonObject& settings) {
     return settings.value(QLatin1String("url")).toString().toStdString();
+}
+
+redis_conf redisConf(const QJsonObject& settings) {
+    return redis_conf_from_json(settings.value(QLatin1String("redis")).toObject());
 }
 
 } // namespace
@@ -44,12 +47,11 @@ DbDriverMongoFactory::CreateEavDatabaseInst(const QJsonObject& settings, QObject
 }
 
 std::shared_ptr<interfaces::IDriverState>
-DbDriverMongoFactory::CreateDriverStateInst(const QJsonObject& /*settings*/, QObject* /*parent*/) {
-    throw std::runtime_error("CreateDriverStateInst is not available yet");
+DbDriverMongoFactory::CreateDriverStateInst(const QJsonObject& settings, QObject* /*parent*/) {
+    return std::make_shared<redis::DriverStateRedis>(redisConf(settings), mongoUrl(settings));
 }
 
 std::shared_ptr<interfaces::IDeviceClientsDatabase>
-DbDriverMongoFactory::CreateClientDatabaseInst(const QJsonObject& /*settings*/,
-                                               QObject* /*parent*/) {
-    throw std::runtime_error("CreateClientDatabaseInst is not available yet");
+DbDriverMongoFactory::CreateClientDatabaseInst(const QJsonObject& settings, QObject* /*parent*/) {
+    return std::make_shared<redis::DeviceClientDatabaseRedis>(redisConf(settings));
 }

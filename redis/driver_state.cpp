@@ -1,0 +1,181 @@
+#include "redis/driver_state.h"
+
+#include "model/json_variant.h"
+
+#include <QJsonDocument>
+#include <QStringList>
+
+#include <type_traits>
+
+namespace redis {
+
+namespace {
+
+/// Hosts match the text of this exception; the library's own differs between its versions.
+class valueless_state : public std::bad_variant_access {
+public:
+    const char* what() const noexcept override { return "Unexpected index"; }
+};
+
+// Text up to the first zero byte.
+QString untilZero(const QByteArray& utf8) {
+    return QString::fromUtf8(utf8.constData());
+}
+
+QJsonValue toJsonValue(const std::variant<int, double, QByteArray>& value) {
+    if (value.valueless_by_exception()) {
+        throw valueless_state();
+    }
+    return std::visit(
+        [](const auto& active) -> QJsonValue {
+            if constexpr (std::is_same_v<std::decay_t<decltype(active)>, QByteArray>) {
+                return untilZero(active);
+            } else {
+                return active;
+            }
+        },
+        value);
+}
+
+} // namespace
+
+DriverStateRedis::DriverStateRedis(const redis_conf& conf, const std::string& mongoUrl)
+    : m_connection(RedisClient::ConnectionConfig(conf.host, conf.auth, conf.port, conf.name)),
+      m_downlinkQueues(conf, mongoUrl), m_persistent(mongoUrl), m_db(conf.state_db) {
+    m_connection.connect(true);
+    m_persistent.Create();
+}
+
+void DriverStateRedis::SetPrefix(const QString& prefix) {
+    m_prefix = prefix;
+}
+
+const QString& DriverStateRedis::GetPrefix() {
+    return m_prefix;
+}
+
+bool DriverStateRedis::Pull(int modem_id) {
+    const QVariant reply = send({"GET", keyOf(modem_id)}).getValue();
+    m_states[modem_id] = reply.type() == QVariant::ByteArray
+                             ? QJsonDocument::fromJson(reply.toByteArray()).object()
+                             : m_persistent.Get(modem_id);
+    return true;
+}
+
+bool DriverStateRedis::Push(int modem_id, bool persist) {
+    const QJsonObject& state = m_states[modem_id];
+    send({"SET", keyOf(modem_id), QJsonDocument{state}.toJson(QJsonDocument::Compact)});
+    if (persist) {
+        m_persistent.Save(modem_id, state);
+    }
+    return true;
+}
+
+bool DriverStateRedis::Delete(int modem_id) {
+    // Deliberate: the working copy stays until the next Pull.
+    send({"DEL", keyOf(modem_id)});
+    m_persistent.Delete(modem_id);
+    return true;
+}
+
+std::variant<int, double, QByteArray> DriverStateRedis::GetValue(int modem_id,
+                                                                 const QString& name) {
+    const QJsonObject& state = m_states[modem_id];
+    const auto member = state.constFind(name);
+    if (member == state.constEnd()) {
+        return 0;
+    }
+    // Deliberate: a number is a double, also one that was set as an int, and text that reads as a
+    // number is that number.
+    const QVariant value = toVariantOfDoubles(member.value());
+    if (value.type() == QVariant::Double) {
+        return value.toDouble();
+    }
+    bool ok = false;
+    if (const int number = value.toInt(&ok); ok) {
+        return number;
+    }
+    if (const double number = value.toDouble(&ok); ok) {
+        return number;
+    }
+    return value.toByteArray();
+}
+
+void DriverStateRedis::SetValue(int modem_id, const QString& name,
+                                const std::variant<int, double, QByteArray>& value) {
+    const QJsonValue json = toJsonValue(value);
+    m_states[modem_id].insert(name, json);
+}
+
+QVariant DriverStateRedis::GetValueAsVariant(int modem_id, const QString& name) {
+    const QJsonObject& state = m_states[modem_id];
+    const auto member = state.constFind(name);
+    return member == state.constEnd() ? QVariant{} : toVariantOfDoubles(member.value());
+}
+
+void DriverStateRedis::SetValueAsVariant(int modem_id, const QString& name, const QVariant& value) {
+    m_states[modem_id].insert(name, value.toJsonObject());
+}
+
+QJsonObject DriverStateRedis::GetAll(int modem_id) {
+    return m_states[modem_id];
+}
+
+QList<QVariant> DriverStateRedis::GetIDs(const QString& first, const QString& second) {
+    const QByteArray pattern = (second + QLatin1Char(':') + first + QLatin1String(":*")).toLatin1();
+    QList<QVariant> ids;
+    int cursor = 0;
+    do {
+        const QVariantList reply =
+            send({"SCAN", QByteArray::number(cursor), "MATCH", pattern, "COUNT", "1000"})
+                .getValue()
+                .toList();
+        cursor = reply.value(0).toByteArray().toInt();
+        const QVariantList keys = reply.value(1).toList();
+        for (const QVariant& key : keys) {
+            ids.append(untilZero(key.toByteArray()).split(QLatin1Char(':')).last().toInt());
+        }
+    } while (cursor != 0);
+    return ids;
+}
+
+bool DriverStateRedis::DeleteDevices(const QList<int>& modem_ids, const QDateTime& /*from*/,
+                                     const QDateTime& /*to*/) {
+    for (const int modem_id : modem_ids) {
+        Delete(modem_id);
+    }
+    return true;
+}
+
+std::shared_ptr<QHash<int, QJsonObject>> DriverStateRedis::GetAllStates(const QString& first,
+                                                                        const QString& second) {
+    auto states = std::make_shared<QHash<int, QJsonObject>>();
+    const QList<QVariant> ids = GetIDs(first, second);
+    QList<QByteArray> command{"MGET"};
+    for (const QVariant& id : ids) {
+        command.append(QStringLiteral("%1:%2:%3").arg(second, first, id.toString()).toUtf8());
+    }
+    // Sent without keys too; the server's complaint then gives no states.
+    const QVariantList replies = send(command).getValue().toList();
+    for (int i = 0; i < ids.size(); ++i) {
+        const QVariant reply = replies.value(i);
+        if (reply.type() == QVariant::ByteArray) {
+            states->insert(ids[i].toInt(), QJsonDocument::fromJson(reply.toByteArray()).object());
+        }
+    }
+    return states;
+}
+
+interfaces::IDriverDLqueue* DriverStateRedis::DLqueue() {
+    return &m_downlinkQueues;
+}
+
+RedisClient::Response DriverStateRedis::send(const QList<QByteArray>& command) {
+    return m_connection.commandSync(command, m_db);
+}
+
+QByteArray DriverStateRedis::keyOf(int modem_id) const {
+    return (m_prefix + QLatin1Char(':') + QString::number(modem_id)).toLatin1();
+}
+
+} // namespace redis
