@@ -21,7 +21,6 @@ check_preset() {
 
 build_preset() {
     local preset=$1 folder=$PROJECT/build/$1 plugin=build/$1/plugin/libkelvrostorage.so wanted
-    cd "$PROJECT"
     [[ -f CMakePresets.json ]] || die "there is no CMakePresets.json in $PROJECT to build with"
     # Paths are left out of the hashes of debug builds, so that every clone profits from one cache.
     export CCACHE_DIR=$CACHE/ccache CCACHE_BASEDIR=$PROJECT CCACHE_NOHASHDIR=1 CCACHE_MAXSIZE=5G
@@ -112,7 +111,7 @@ PYTHON
 }
 
 command_bench() {
-    [[ -x $PROJECT/bench/run ]] || die "there is no bench/run to measure with"
+    [[ -x bench/run ]] || die "there is no bench/run to measure with"
     build_preset release
     export_plugin
     start_servers

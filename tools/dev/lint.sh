@@ -5,7 +5,6 @@
 
 command_lint() {
     local failed=()
-    cd "$PROJECT"
     lint_shell || failed+=(shellcheck)
     lint_go || failed+=(go)
     lint_layout || failed+=(clang-format)

@@ -178,11 +178,13 @@ start_postgresql() {
     "${as_user[@]}" "$PG_BIN/initdb" --pgdata="$data" --username=postgres --auth=trust \
         --encoding=UTF8 --locale=C.UTF-8 --no-sync >"$SERVER_FOLDER/postgresql.log" 2>&1 ||
         server_failed postgresql
+    # No TCP, hence no port to find: pg_cron and DocumentDB connect to the server by the socket too.
     # The data lives no longer than the server, so none of it is worth waiting for the disk.
     launch postgresql "${as_user[@]}" setpriv --pdeathsig INT -- "$PG_BIN/postgres" -D "$data" \
         -c listen_addresses= -c unix_socket_directories="$sockets" -c max_connections=200 \
         -c shared_preload_libraries=pg_cron,pg_documentdb_core,pg_documentdb \
         -c cron.database_name=postgres -c cron.host="$sockets" -c cron.log_run=off \
+        -c documentdb.localhost_connection_string="host=$sockets" \
         -c fsync=off -c synchronous_commit=off -c full_page_writes=off
     await_server 30 test_sql "select 1" || server_failed postgresql
     sql "create extension documentdb cascade" >>"$SERVER_FOLDER/postgresql.log" 2>&1 ||
@@ -232,6 +234,5 @@ command_with_servers() {
     [[ -f $PROJECT/build/.last-plugin ]] || build_preset dev
     [[ ! -f $PROJECT/build/.last-plugin ]] || export_plugin
     start_servers
-    cd "$PROJECT"
     run_child "$@"
 }
