@@ -1,0 +1,29 @@
+#pragma once
+
+#include "host/telegram_reader.h"
+#include "model/message.h"
+
+#include <QDateTime>
+#include <QString>
+
+#include <vector>
+
+namespace host {
+
+/// The value of "source" in the extended_data of every record that the demo writes: by it a later
+/// run knows which records it may delete.
+QString demoSource();
+
+/// Whether the extended data of a stored record say that the demo wrote it.
+bool isOfDemo(const QJsonDocument& extendedData);
+
+/// Turns telegrams into messages, one for one and in their order.
+///
+/// A telegram says nothing about its reception, so that is assigned: the message number i, counted
+/// from 0, was registered i minutes before `start` (in whole seconds) and detected 2 seconds
+/// earlier, by one of three base stations, at a signal strength of its own. unique_id counts on
+/// from the milliseconds of `start`, so that no two runs share one; ttl is 12 hours after `start`.
+std::vector<model::message> buildMessages(const std::vector<Telegram>& telegrams,
+                                          const QDateTime& start);
+
+} // namespace host

@@ -1,0 +1,124 @@
+#pragma once
+
+#include "host/accounting.h"
+#include "host/record_compare.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+#include <cstddef>
+#include <functional>
+#include <list>
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace host {
+
+/// Holds the records of one kind that were written, checks what the store's queries return against
+/// them, and keeps account.
+///
+/// Record is one of the kinds that record_compare.h knows; no two records may share a key.
+template <class Record>
+class ReadBack {
+public:
+    using Returned = std::map<int, std::list<Record>>;
+
+    explicit ReadBack(std::vector<Record> written)
+        : m_written(std::move(written)), m_fates(m_written.size()) {
+        for (std::size_t index = 0; index < m_written.size(); ++index) {
+            m_byKey.insert(recordKey(m_written[index]), index);
+        }
+    }
+
+    const std::vector<Record>& written() const { return m_written; }
+
+    void countStored(int records) { m_stored += records; }
+
+    /// Checks one query's result: exactly the written records that `selected` accepts, each equal,
+    /// under its device's number and newest first. `query` names the query in the complaints.
+    void check(const QString& query, const std::function<bool(const Record&)>& selected,
+               const Returned& returned) {
+        std::vector<bool> seen(m_written.size(), false);
+        for (const auto& [device, records] : returned) {
+            const Record* previous = nullptr;
+            for (const auto& record : records) {
+                checkRecord(query, selected, device, record, previous, seen);
+                previous = &record;
+            }
+        }
+        for (std::size_t index = 0; index < m_written.size(); ++index) {
+            if (!seen[index] && selected(m_written[index])) {
+                complain(index, query, QStringLiteral("not returned"));
+            }
+        }
+    }
+
+    /// The account of `read` records, of which `rejected` never became one of these.
+    Accounting accounting(int read, int rejected) const {
+        Accounting result;
+        result.read = read;
+        result.rejected = rejected;
+        result.stored = m_stored;
+        result.unexpected = m_unexpected;
+        for (const auto& fate : m_fates) {
+            if (!fate.returned) {
+                ++result.lost;
+            } else if (fate.faulty) {
+                ++result.different;
+            } else {
+                ++result.equal;
+            }
+        }
+        return result;
+    }
+
+    /// Everything that was not as it must be, one text each.
+    const QStringList& complaints() const { return m_complaints; }
+
+private:
+    struct Fate {
+        bool returned = false;
+        bool faulty = false;
+    };
+
+    void checkRecord(const QString& query, const std::function<bool(const Record&)>& selected,
+                     int device, const Record& record, const Record* previous,
+                     std::vector<bool>& seen) {
+        const auto found = m_byKey.constFind(recordKey(record));
+        if (found == m_byKey.constEnd() || seen[*found] || !selected(m_written[*found])) {
+            ++m_unexpected;
+            m_complaints.append(query + QStringLiteral(": ") + describe(record) +
+                                QStringLiteral(" was not asked for"));
+            return;
+        }
+        const auto index = *found;
+        seen[index] = true;
+        m_fates[index].returned = true;
+        for (const auto& difference : differences(m_written[index], record)) {
+            complain(index, query, difference);
+        }
+        if (device != m_written[index].modem_id) {
+            complain(index, query, QStringLiteral("returned under device %1").arg(device));
+        }
+        if (previous != nullptr && previous->timestamp < record.timestamp) {
+            complain(index, query, QStringLiteral("returned after an older one"));
+        }
+    }
+
+    void complain(std::size_t index, const QString& query, const QString& text) {
+        m_fates[index].faulty = true;
+        m_complaints.append(query + QStringLiteral(": ") + describe(m_written[index]) +
+                            QStringLiteral(": ") + text);
+    }
+
+    std::vector<Record> m_written;
+    std::vector<Fate> m_fates;
+    QHash<QString, std::size_t> m_byKey;
+    QStringList m_complaints;
+    int m_stored = 0;
+    int m_unexpected = 0;
+};
+
+} // namespace host
