@@ -5,6 +5,9 @@
 #include <QVariant>
 #include <QVariantList>
 
+extern "C" {
+#include <hiredis/sds.h> // does not say itself that it is C
+}
 #include <hiredis/hiredis.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -57,7 +60,6 @@ Response toResponse(const redisReply& reply) {
     case REDIS_REPLY_ARRAY:
     case REDIS_REPLY_SET:
     case REDIS_REPLY_MAP:
-    case REDIS_REPLY_ATTR:
     case REDIS_REPLY_PUSH: {
         QVariantList list;
         list.reserve(static_cast<int>(reply.elements));
@@ -86,6 +88,29 @@ bool letsIn(const Response& response) {
 std::string refusalText(const Response& response) {
     return response.isErrorMessage() ? response.errorMessage().toStdString()
                                      : "the answer is not that of a Redis server";
+}
+
+/// Left alone, hiredis lets the buffer grow by a mebibyte at a time; wherever realloc() cannot just
+/// remap, a large answer would be copied hundreds of times. False without memory.
+bool makeRoom(redisReader& reader, std::size_t incoming) noexcept {
+    if (::sdsavail(reader.buf) >= incoming) {
+        return true;
+    }
+    char* const grown = ::sdsMakeRoomFor(reader.buf, std::max(incoming, ::sdslen(reader.buf)));
+    if (!grown) {
+        return false;
+    }
+    reader.buf = grown;
+    return true;
+}
+
+/// Left alone, hiredis keeps a large buffer until the next answer.
+void releaseRoom(redisReader& reader) noexcept {
+    if (::sdsavail(reader.buf) > reader.maxbuf) {
+        if (char* const shrunk = ::sdsRemoveFreeSpace(reader.buf)) {
+            reader.buf = shrunk;
+        }
+    }
 }
 
 } // namespace
@@ -148,8 +173,12 @@ void Session::introduce(const ConnectionConfig& config, Clock::time_point deadli
     }
 }
 
+bool Session::hasUnreadAnswer() const noexcept {
+    return m_context->reader->pos != m_context->reader->len;
+}
+
 bool Session::isUsable() const noexcept {
-    if (m_context->err != 0 || m_context->reader->pos != m_context->reader->len) {
+    if (m_context->err != 0 || hasUnreadAnswer()) {
         return false;
     }
     pollfd watched{.fd = m_context->fd, .events = POLLIN | POLLRDHUP, .revents = 0};
@@ -157,6 +186,9 @@ bool Session::isUsable() const noexcept {
 }
 
 Response Session::roundTrip(const QList<QByteArray>& parts, Clock::time_point deadline) {
+    if (hasUnreadAnswer()) {
+        throw SessionError(SessionError::Kind::notWritten, "the server sent something unasked");
+    }
     std::vector<const char*> starts;
     std::vector<std::size_t> sizes;
     starts.reserve(static_cast<std::size_t>(parts.size()));
@@ -175,20 +207,16 @@ Response Session::roundTrip(const QList<QByteArray>& parts, Clock::time_point de
                                  sizes.data()) != REDIS_OK) {
         throw failure();
     }
-    for (;;) {
-        void* raw = nullptr;
-        const int status = ::redisGetReply(m_context.get(), &raw);
-        const Reply reply(static_cast<redisReply*>(raw));
-        if (status != REDIS_OK || !reply) {
-            throw failure();
-        }
-        // Attributes precede the answer that they belong to.
-        if (reply->type != REDIS_REPLY_ATTR) {
-            Response response = toResponse(*reply);
-            trackDatabase(parts, response);
-            return response;
-        }
+    void* raw = nullptr;
+    const int status = ::redisGetReply(m_context.get(), &raw);
+    const Reply reply(static_cast<redisReply*>(raw));
+    if (status != REDIS_OK || !reply) {
+        throw failure();
     }
+    releaseRoom(*m_context->reader);
+    Response response = toResponse(*reply);
+    trackDatabase(parts, response);
+    return response;
 }
 
 void Session::trackDatabase(const QList<QByteArray>& parts, const Response& response) {
@@ -251,6 +279,9 @@ ssize_t Session::receive(redisContext* context, char* buffer, std::size_t capaci
             // A peer that never stops sending must not get past the deadline either.
             if (Clock::now() >= self.m_deadline) {
                 return self.fail(REDIS_ERR_TIMEOUT, "timed out reading the answer");
+            }
+            if (!makeRoom(*context->reader, static_cast<std::size_t>(count))) {
+                return self.fail(REDIS_ERR_OOM, "out of memory for the answer");
             }
             return count;
         }

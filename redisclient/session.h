@@ -75,6 +75,7 @@ private:
     static ssize_t receive(redisContext* context, char* buffer, std::size_t capacity);
     static void* createArray(const redisReadTask* task, std::size_t elements);
 
+    bool hasUnreadAnswer() const noexcept;
     void introduce(const ConnectionConfig& config, Clock::time_point deadline);
     void trackDatabase(const QList<QByteArray>& parts, const Response& response);
     ssize_t fail(int hiredisError, const char* cause) noexcept;

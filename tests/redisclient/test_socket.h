@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+
+#include <chrono>
+
+namespace testing_support {
+
+/// A blocking socket as a test peer needs it. Throws std::system_error, except for what a peer has
+/// to expect: reading gives nothing at the end, writing is false once the other side is gone.
+class TestSocket {
+public:
+    TestSocket() = default;
+    explicit TestSocket(int fd) : m_fd(fd) {}
+    ~TestSocket();
+    TestSocket(TestSocket&& other) noexcept;
+    TestSocket& operator=(TestSocket&& other) noexcept;
+
+    /// Listens on a free port of the loopback address.
+    static TestSocket listenOn(int family, int backlog);
+    static TestSocket connectedTo(int port);
+
+    TestSocket accept() const;
+    int port() const;
+    int fd() const { return m_fd; }
+
+    /// What has come, at least one byte; empty at the end.
+    QByteArray read();
+    /// One whole command; empty at the end.
+    QList<QByteArray> readCommand();
+    bool write(const QByteArray& bytes);
+    /// False when the other side did not close within that time. What comes meanwhile is discarded.
+    bool waitForClosing(std::chrono::milliseconds timeout);
+    /// Until the other side closes, or the owner of the peer stops it.
+    void waitForClosing();
+    /// Until the owner of the peer stops it; what comes meanwhile fills the system's buffers.
+    void holdWithoutReading();
+    /// Says that nothing more comes; reading goes on.
+    void endWriting();
+    void stop();
+
+private:
+    int m_fd = -1;
+    QByteArray m_unread;
+};
+
+} // namespace testing_support
