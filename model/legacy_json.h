@@ -3,22 +3,22 @@
 #include <bson/bson.h>
 #include <bsoncxx/v1/document/view.hpp>
 
-#include <QDateTime>
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QString>
 
-#include <optional>
+#include <string>
 #include <string_view>
 
 namespace bson_utils {
 
 /// One pass over a BSON document that gives what its legacy extended JSON text would give when Qt
-/// parses it, without making the text.
+/// parses it, without making the text. Only a nested object or array passes through text, its own.
 ///
 /// The stores' readers are defined through that text: ObjectIds become {"$oid": …}, dates
 /// {"$date": …}, 64-bit integers plain numbers, and so on. The text of a document with a
-/// not-a-number, an infinite double or more than 200 levels of nesting does not parse, and then the
+/// not-a-number, an infinite double or more than 200 levels does not parse, and then the
 /// whole document counts as an empty object; renderable() tells. Of a repeated key the last value
 /// counts.
 ///
@@ -53,16 +53,25 @@ public:
     bool renderable() const { return m_renderable; }
 
 private:
-    QJsonValue valueOf(const bson_iter_t& element, int depth);
-    QJsonObject objectOf(bson_iter_t members, int depth);
-    QJsonArray arrayOf(bson_iter_t elements, int depth);
+    QJsonDocument parsed();
+    void write(const bson_iter_t& element, int depth);
+    void writeMembers(bson_iter_t members, int depth);
+    void writeElements(bson_iter_t elements, int depth);
+    void writeBinary(const bson_iter_t& element);
+    void writeCodeWithScope(const bson_iter_t& element);
+    void writeNumber(auto number);
+    void writeString(std::string_view text);
+    bool writeUntilZero(std::string_view text);
     void check(const bson_iter_t& element, int depth);
     void checkMembers(bson_iter_t members, int depth);
     double finite(double number);
-    bool descend(int depth);
+    bool advance(bson_iter_t& element, int depth);
 
     bson_iter_t m_element;
+    /// The current nested value as compact JSON.
+    std::string m_text;
     bool m_renderable = true;
+    bool m_levelStopped = false;
 };
 
 } // namespace bson_utils
