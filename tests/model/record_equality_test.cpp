@@ -79,7 +79,7 @@ TEST(RecordEquality, ListsOnlyWhatDiffers) {
               "message: \"cover closed\", expected \"cover opened\"\n");
 }
 
-TEST(RecordEquality, TellsTimeSpecsApartUnlessAskedForTheInstant) {
+TEST(RecordEquality, TellsLocalFromUtcUnlessAskedForTheInstant) {
     model::dev_event local = sampleEvent();
     local.timestamp = local.timestamp.toLocalTime();
     EXPECT_NE(local, sampleEvent());

@@ -33,7 +33,7 @@ inline void PrintTo(const QByteArray& bytes, std::ostream* out) {
     *out << bytes.size() << " bytes " << bytes.toHex(' ').toStdString();
 }
 
-/// Instant, milliseconds since the epoch and time spec: two that look alike may differ in either.
+/// Instant, milliseconds since the epoch, UTC or local: two that look alike may differ in either.
 inline void PrintTo(const QDateTime& time, std::ostream* out) {
     if (time.isNull()) {
         *out << "null QDateTime";

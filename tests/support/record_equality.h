@@ -27,15 +27,15 @@
 /// Equality and printing of the records, which have neither.
 ///
 /// Two ways to compare. `EXPECT_EQ(actual, expected)`, also of whole lists, and gmock's container
-/// matchers: equal means every member, date-times by instant and time spec, variants by type and
-/// value, a null JSON document apart from an empty object. For a message that lists only the
-/// members that differ, and for date-times by instant alone:
+/// matchers: equal means every member, date-times by instant and by being UTC or local, variants by
+/// type and value, a null JSON document apart from an empty object. For a message that lists only
+/// the members that differ, and for date-times by instant alone:
 ///
 ///     EXPECT_EQ(differences(actual, expected, date_times::byInstant), "");
 namespace test_support {
 
 enum class date_times {
-    byInstantAndSpec,
+    byInstantAndZone,
     /// A time that was written as UTC and read back as local time is the same.
     byInstant,
 };
@@ -259,7 +259,7 @@ void printMember(const Value& value, std::ostream& out) {
 /// records are equal.
 template <record Record>
 std::string differences(const Record& actual, const Record& expected,
-                        date_times times = date_times::byInstantAndSpec) {
+                        date_times times = date_times::byInstantAndZone) {
     std::ostringstream lines;
     forEachMember(actual, expected,
                   [&](std::string_view name, const auto& actualMember, const auto& expectedMember) {
@@ -285,7 +285,7 @@ bool operator==(const Record& first, const Record& second) {
     test_support::forEachMember(
         first, second, [&](std::string_view, const auto& firstMember, const auto& secondMember) {
             same = same && test_support::sameMember(firstMember, secondMember,
-                                                    test_support::date_times::byInstantAndSpec);
+                                                    test_support::date_times::byInstantAndZone);
         });
     return same;
 }
