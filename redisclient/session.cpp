@@ -229,10 +229,10 @@ void Session::trackDatabase(const QList<QByteArray>& parts, const Response& resp
         }
         bool isNumber = false;
         const int db = parts.value(1).toInt(&isNumber);
-        // Inside a transaction the answer is "QUEUED".
+        // Inside a transaction the answer is "QUEUED", and whether it comes to that stays open.
         const bool selected = isNumber && response.getValue() == QByteArray("OK");
         m_database = selected ? std::optional(db) : std::nullopt;
-    } else if (is("EXEC") || is("DISCARD") || is("RESET")) {
+    } else if (is("RESET")) {
         m_database = std::nullopt;
     }
 }

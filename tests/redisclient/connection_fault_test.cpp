@@ -1,4 +1,5 @@
 #include "redisclient/redisclient.h"
+#include "tests/redisclient/eventually.h"
 #include "tests/redisclient/fake_peer.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +12,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <utility>
 #include <vector>
 
@@ -26,12 +26,13 @@ using RedisClient::ConnectionConfig;
 using RedisClient::Response;
 using testing::AllOf;
 using testing::HasSubstr;
+using testing_support::eventually;
 using testing_support::FakePeer;
 using testing_support::TestSocket;
 
 /// Long enough for a loaded machine, short enough for a failing test.
 constexpr int patientMsecs = 30'000;
-constexpr int hastyMsecs = 200;
+constexpr int hastyMsecs = 500;
 
 ConnectionConfig configFor(int port, int connectMsecs = patientMsecs,
                            int commandMsecs = patientMsecs) {
@@ -62,17 +63,6 @@ std::string causeOf(const ConnectionConfig& config) {
     EXPECT_FALSE(connection.connect());
     EXPECT_FALSE(connection.isConnected());
     return failureOf(connection);
-}
-
-bool eventually(const std::function<bool()>& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + 30s;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::yield();
-    }
-    return true;
 }
 
 int portThatNobodyListensOn() {

@@ -1,44 +1,31 @@
 #include "redisclient/redisclient.h"
+#include "tests/redisclient/eventually.h"
 #include "tests/redisclient/fault_proxy.h"
 #include "tests/redisclient/redis_server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <functional>
-#include <thread>
+#include <string>
 
 namespace {
-
-using namespace std::chrono_literals;
 
 using RedisClient::Connection;
 using RedisClient::ConnectionConfig;
 using RedisClient::Response;
 using testing::HasSubstr;
+using testing_support::eventually;
 using testing_support::FaultProxy;
 using testing_support::RedisServer;
 
 constexpr int patientMsecs = 30'000;
-constexpr int hastyMsecs = 200;
+constexpr int hastyMsecs = 500;
 
 ConnectionConfig configFor(int port, const QString& password = QString(),
                            int commandMsecs = patientMsecs) {
     ConnectionConfig config(QStringLiteral("127.0.0.1"), password, port, QStringLiteral("driver"));
     config.setTimeouts(patientMsecs, commandMsecs);
     return config;
-}
-
-bool eventually(const std::function<bool()>& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + 30s;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::yield();
-    }
-    return true;
 }
 
 std::string failureOf(Connection& connection, const QList<QByteArray>& command, int db = 0) {
@@ -156,6 +143,15 @@ TEST_F(RedisConnection, SelectsOnlyWhenTheDatabaseDiffers) {
     }
 
     EXPECT_EQ(server.callsOf("select"), 2);
+}
+
+TEST_F(RedisConnection, SelectsAgainAfterAReset) {
+    Connection connection(configFor(server.port()));
+    connection.commandSync({"RESET"}, 3);
+
+    connection.commandSync({"SET", "key", "value"}, 3);
+
+    EXPECT_EQ(server.run({"GET", "key"}, 3), QVariant(QByteArray("value")));
 }
 
 TEST_F(RedisConnection, ReportsThatThePasswordWasChangedMeanwhile) {
