@@ -2,6 +2,7 @@
 # Building with the CMake presets, and the commands that build first: build, test, demo and bench;
 # also the shell.
 
+JOBS=$(nproc)
 PRESETS=(dev release asan coverage)
 
 # check_usage COMMAND ARGS…: before any set-up, so that a slip costs no minutes.

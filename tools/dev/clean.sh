@@ -7,13 +7,16 @@ command_clean() {
     '' | --all) ;;
     *) usage_error "clean: unknown argument '$1'" ;;
     esac
+    lock "$PROJECT/build/.lock" exclusive
     rm -rf --one-file-system "$PROJECT/build"
-    if [[ ${1-} == --all && -d $CACHE ]]; then
-        # Runs inside the root folder hold this lock.
-        lock "$ROOT_FOLDER.lock" exclusive
-        local item
-        for item in "$CACHE"/*; do
-            [[ $item == *.lock ]] || remove_folder "$item"
-        done
-    fi
+    [[ ${1-} == --all && -d $CACHE ]] || return 0
+    local item
+    for item in "$ROOT_FOLDERS"*.lock; do
+        [[ ! -e $item ]] || try_lock "$item" exclusive ||
+            die "the cache folder is left alone, for another ./dev is at work in ${item%.lock}"
+    done
+    for item in "$CACHE"/*; do
+        # A lock's file stays, for another ./dev may be about to take it.
+        [[ $item == *.lock ]] || remove_folder "$item"
+    done
 }

@@ -4,7 +4,6 @@
 
 : "${HOME:=$(getent passwd "$EUID" | cut -d: -f6)}"
 CACHE=${XDG_CACHE_HOME:-$HOME/.cache}/kelvrostorage
-JOBS=$(nproc)
 EXIT_HOOKS=()
 CHILD=        # process id of the child waited for
 CHILD_GROUP=  # set if that child leads a process group of its own
@@ -139,16 +138,20 @@ stamp_is() {
 # the end of the process and of what the process has become by `exec`.
 declare -A LOCK_FDS=()
 lock() {
-    local how=--$2 fd=${LOCK_FDS[$1]-}
+    if ! try_lock "$@"; then
+        say "waiting for another ./dev to give up its lock on $1 …"
+        run_child flock "--$2" "${LOCK_FDS[$1]}"
+    fi
+}
+
+try_lock() {
+    local fd=${LOCK_FDS[$1]-}
     if [[ -z $fd ]]; then
         mkdir -p "$(dirname "$1")"
         exec {fd}>>"$1"
         LOCK_FDS[$1]=$fd
     fi
-    if ! flock --nonblock "$how" "$fd"; then
-        say "waiting for another ./dev to give up its lock on $1 …"
-        run_child flock "$how" "$fd"
-    fi
+    flock --nonblock "--$2" "$fd"
 }
 
 unlock() {

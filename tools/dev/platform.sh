@@ -4,7 +4,7 @@
 # ./dev runs itself again inside it: by chroot, in a mount namespace that ends with the run.
 
 SUITE=forky
-ROOT_FOLDER=$CACHE/debian-$SUITE
+ROOT_FOLDERS=$CACHE/debian-$SUITE # with a hash of their recipe after it
 MACHINE_CERTIFICATES=/etc/ssl/machine-certificates.pem # inside the root folder
 # The environment that goes into the root folder; everything else stays outside.
 FORWARDED='^(CI|TERM|COLORTERM|NO_COLOR|MONGODB_URL|REDIS_URL|XDG_CACHE_HOME|KELVRO_.*|GTEST_.*|CTEST_.*|[A-Z]+SAN_OPTIONS|GO(PROXY|SUMDB|FLAGS|NOSUMDB|NOPROXY|PRIVATE|INSECURE)|(https?|no|all)_proxy|(HTTPS?|NO|ALL)_PROXY)$'
@@ -72,20 +72,21 @@ apt_get() {
 # --- a root folder elsewhere
 
 enter_root_folder() {
+    local recipe root
     check_rights
-    mkdir -p "$CACHE"
-    lock "$ROOT_FOLDER.lock" shared
-    local wanted
-    wanted=$(hash_of "$PROJECT/tools/packages.txt" "$(declare -f make_root_folder)")
-    if ! stamp_is "$ROOT_FOLDER/.stamp" "$wanted"; then
-        unlock "$ROOT_FOLDER.lock"
-        lock "$ROOT_FOLDER.lock" exclusive
-        if ! stamp_is "$ROOT_FOLDER/.stamp" "$wanted"; then
+    recipe=$(hash_of "$PROJECT/tools/packages.txt" "$(declare -f make_root_folder)")
+    root=$ROOT_FOLDERS-${recipe:0:12}
+    lock "$root.lock" shared
+    if ! stamp_is "$root/.stamp" "$recipe"; then
+        unlock "$root.lock"
+        lock "$root.lock" exclusive
+        if ! stamp_is "$root/.stamp" "$recipe"; then
             prepare_mmdebstrap
             step root-folder "making a Debian 14 root folder (two to five minutes)" \
-                make_root_folder "$(mirror)" "$wanted"
+                make_root_folder "$root" "$(mirror)" "$recipe"
+            remove_other_root_folders "$root"
         fi
-        lock "$ROOT_FOLDER.lock" shared
+        lock "$root.lock" shared
     fi
 
     mkdir -p "$CACHE/home"
@@ -109,12 +110,13 @@ enter_root_folder() {
         PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
         USER=root LOGNAME=root SHELL=/bin/bash LANG=C.UTF-8 TZ="${zone:-UTC}"
     exec unshare --mount --propagation private -- \
-        "$PROJECT/tools/dev/enter-root-folder" "$ROOT_FOLDER" "$CACHE" "$machine_certificates" \
+        "$PROJECT/tools/dev/enter-root-folder" "$root" "$CACHE" "$machine_certificates" \
         "$PROJECT/dev" "$@"
 }
 
 check_rights() {
-    local here="this is $(os_release PRETTY_NAME), where ./dev works inside a Debian 14 root folder"
+    local here
+    here="this is $(os_release PRETTY_NAME), where ./dev works inside a Debian 14 root folder"
     ((EUID == 0)) ||
         die "$here; making and entering it needs the rights of root (to install mmdebstrap, mount" \
             "and chroot), which $(id -un) lacks: run ./dev as root, or on Debian 14"
@@ -135,22 +137,23 @@ prepare_mmdebstrap() {
 
 # The mirror that the machine itself takes Debian's main archive from.
 mirror() {
-    apt-get indextargets --format '$(CREATED_BY) $(ORIGIN) $(LABEL) $(COMPONENT) $(RELEASE) $(REPO_URI)' |
-        awk '$1 == "Packages" && $2 == "Debian" && $3 == "Debian" && $4 == "main" && $5 !~ /-/ && !seen++ { print $6 }'
+    # shellcheck disable=SC2016 # apt-get itself fills these in
+    apt-get indextargets --format '$(ORIGIN)/$(LABEL)/$(COMPONENT)/$(CREATED_BY) $(RELEASE) $(REPO_URI)' |
+        awk '$1 == "Debian/Debian/main/Packages" && $2 !~ /-/ && !seen++ { print $3 }'
 }
 
 make_root_folder() {
-    local mirror=$1 stamp=$2 new=$ROOT_FOLDER.new option options=()
+    local root=$1 mirror=$2 stamp=$3 new=$1.new option options=()
     remove_folder "$new"
-    remove_folder "$ROOT_FOLDER"
+    remove_folder "$root"
     while read -r option; do
         options+=(--aptopt="$option")
     done < <(apt-config dump |
         grep -E '^Acquire::(Check-|Allow|Max-|Retries|ForceIPv|(https?|ftp)::)')
     # A namespace for the mounts that it makes, lest an interruption leaves any.
     unshare --mount --propagation private -- \
-        mmdebstrap --mode=root --variant=apt --components=main --aptopt='Acquire::Retries "3"' \
-        "${options[@]}" --include="$(package_list | paste -s -d ,)" \
+        mmdebstrap --verbose --mode=root --variant=apt --components=main \
+        --aptopt='Acquire::Retries "3"' "${options[@]}" --include="$(package_list | paste -s -d ,)" \
         "$SUITE" "$new" "deb $mirror $SUITE main"
     # The machine's own are mounted over these.
     rm -f "$new/etc/resolv.conf" "$new/etc/hosts"
@@ -159,7 +162,17 @@ make_root_folder() {
     chmod +x "$new/usr/sbin/policy-rc.d"
     echo kelvrostorage >"$new/etc/debian_chroot"
     echo "$stamp" >"$new/.stamp"
-    mv "$new" "$ROOT_FOLDER"
+    mv "$new" "$root"
+}
+
+# Those of earlier recipes, unless a ./dev is inside.
+remove_other_root_folders() {
+    local other
+    for other in "$ROOT_FOLDERS"*; do
+        [[ -d $other && $other != "$1" ]] || continue
+        ! try_lock "${other%.new}.lock" exclusive || remove_folder "$other"
+        unlock "${other%.new}.lock"
+    done
 }
 
 # The settings of the machine's Go, but for those of its toolchain.

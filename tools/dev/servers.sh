@@ -151,16 +151,16 @@ build_ferretdb() {
     local sources=$PROJECT/tools/ferretdb wanted
     wanted=$(hash_of "$sources/go.mod" "$sources/go.sum" "$(declare -f make_ferretdb)")
     ! stamp_is "$FERRETDB.stamp" "$wanted" || [[ ! -x $FERRETDB ]] || return 0
-    lock "$FERRETDB.lock" exclusive
+    lock "$CACHE/ferretdb.lock" exclusive
     if ! stamp_is "$FERRETDB.stamp" "$wanted"; then
         step ferretdb "building FerretDB (one to three minutes)" make_ferretdb "$sources" "$wanted"
     fi
-    unlock "$FERRETDB.lock"
+    unlock "$CACHE/ferretdb.lock"
 }
 
 make_ferretdb() {
     mkdir -p "$(dirname "$FERRETDB")"
-    cd "$1"
+    cd "$1" || exit
     GOTOOLCHAIN=local CGO_ENABLED=0 GOFLAGS="${GOFLAGS-} -modcacherw" \
         GOMODCACHE=$CACHE/go/modules GOCACHE=$CACHE/go/build \
         go build -v -trimpath -o "$FERRETDB.new" github.com/FerretDB/FerretDB/v2/cmd/ferretdb
