@@ -1,0 +1,84 @@
+#include "model/bson_utils.h"
+#include "model/eav_events_layout.h"
+#include "model/eav_values_layout.h"
+#include "mongo/store_layout.h"
+#include "tests/mongo/eav_repository_fixture.h"
+
+#include <mongocxx/v1/collection.hpp>
+
+using namespace records;
+using namespace test_support;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+/// Which indexes the server takes for the repository's queries. Several serve most of them, and
+/// which one a server prefers is its own affair: what counts is that none reads the whole
+/// collection.
+class EavIndexes : public EavRepositoryTest {
+protected:
+    EavIndexes() {
+        auto valueCollection = database.handle().collection(values);
+        mongo::createIndexes(valueCollection, layout::eav_values::indexes);
+        auto eventCollection = database.handle().collection(events);
+        mongo::createIndexes(eventCollection, layout::eav_events::indexes);
+        std::vector<bsoncxx::v1::document::value> valueDocuments;
+        std::vector<bsoncxx::v1::document::value> eventDocuments;
+        for (int number = 0; number < 300; ++number) {
+            valueDocuments.push_back(bson_utils::toBson(
+                reading{.modem = number % 30, .at = number, .obis = QString::number(number % 5)}
+                    .record()));
+            eventDocuments.push_back(
+                bson_utils::toBson(happening{.modem = number % 30, .at = number}.record()));
+        }
+        database.insertMany(values, valueDocuments);
+        database.insertMany(events, eventDocuments);
+    }
+
+    static model::filter_eav filterOf100To200() {
+        auto filter = allOf({7});
+        filter.begin = utc(100);
+        filter.end = utc(200);
+        return filter;
+    }
+
+    std::set<std::string> indexesUsed() {
+        return database.indexesUsedBy(
+            client.sent().back().part({"find", "filter", "sort", "limit"}));
+    }
+};
+
+TEST_F(EavIndexes, ServeValuesByDeviceAndPeriod) {
+    repository.GetValues(filterOf100To200());
+
+    EXPECT_THAT(indexesUsed(), Not(IsEmpty()));
+}
+
+TEST_F(EavIndexes, ServeValuesByObisCodeAndTag) {
+    auto filter = filterOf100To200();
+    filter.obis_codes = {"2"_q};
+    repository.GetValues(filter);
+    EXPECT_THAT(indexesUsed(), Not(IsEmpty()));
+
+    filter.tags = {"energy"_q};
+    repository.GetValues(filter);
+    EXPECT_THAT(indexesUsed(), Not(IsEmpty()));
+}
+
+TEST_F(EavIndexes, ServeTheFirstAndLastValues) {
+    auto filter = filterOf100To200();
+    filter.obis_codes = {"2"_q};
+    filter.first_last = true;
+    repository.GetValues(filter);
+
+    EXPECT_THAT(indexesUsed(), Not(IsEmpty()));
+}
+
+TEST_F(EavIndexes, ServeEventsByDeviceAndPeriod) {
+    repository.GetEvents(filterOf100To200());
+
+    EXPECT_THAT(indexesUsed(), Not(IsEmpty()));
+}
+
+} // namespace
