@@ -255,6 +255,24 @@ TEST_F(DownlinkRepository, MalformedCommandsComeBackWithDefaults) {
     EXPECT_EQ(found->at(7).front().payload, QByteArray());
 }
 
+TEST_F(DownlinkRepository, CommandsStandUnderTheDeviceOfTheFilterWhateverTheDocumentSays) {
+    // The server finds a number inside an array, too.
+    database.insert(collection, R"({"modem_id": [7, 8], "timestamp": 150})");
+    const auto found = repository.GetCommands(downlinksOf({8}));
+
+    EXPECT_EQ(timesOf(*found), (times_by_device{{8, {150}}}));
+    EXPECT_EQ(found->at(8).front().modem_id, 0);
+}
+
+TEST_F(DownlinkRepository, NegativeLimitsAreSentAsTheyAre) {
+    auto filter = filterOf100To200({7});
+    filter.limit = -2;
+    repository.GetCommands(filter);
+
+    EXPECT_EQ(client.onlySent().part({"limit", "singleBatch"}),
+              canonical(R"({"limit": {"$numberLong": "-2"}})"));
+}
+
 TEST_F(DownlinkRepository, NotAcknowledgedAreThePendingAndTheWaiting) {
     save(downlink{.at = 10, .status = dl_status::PENDING});
     save(downlink{.at = 11, .status = dl_status::WAIT_DATA});

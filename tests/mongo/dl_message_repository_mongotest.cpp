@@ -8,6 +8,10 @@
 
 #include <QRegularExpression>
 
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+
 using namespace records;
 using namespace test_support;
 using dl_status = model::dl_message::dl_status;
@@ -118,6 +122,27 @@ TEST_F(DownlinkRepositorySave, RefusesACommandOfMoreThanSixteenMegabytes) {
     EXPECT_EQ(message.db_id, QString());
     EXPECT_EQ(database.count(collection), 0);
     EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(DownlinkRepositorySave, WithoutAnIdInTheAnswerThrowsAndLeavesTheCommandStored) {
+    // A write that the server need not acknowledge gives no id back.
+    recording_client hasty{mongoUrlWith("w=0")};
+    mongo::DLMessageRepository hastyRepository{hasty.database(database.name())};
+    model::dl_message message = downlink{};
+    try {
+        hastyRepository.SaveMessage(message);
+        FAIL() << "nothing was thrown";
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "error in id");
+    }
+
+    EXPECT_EQ(message.db_id, QString());
+    EXPECT_THAT(log.lines(), IsEmpty());
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{30};
+    while (database.count(collection) == 0 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(database.count(collection), 1);
 }
 
 TEST_F(DownlinkRepositorySave, IsOneRequestAndLogsItsDuration) {
