@@ -4,6 +4,7 @@
 
 : "${HOME:=$(getent passwd "$EUID" | cut -d: -f6)}"
 CACHE=${XDG_CACHE_HOME:-$HOME/.cache}/kelvrostorage
+[[ $CACHE == /* ]] || CACHE=$PWD/$CACHE
 EXIT_HOOKS=()
 CHILD=        # process id of the child waited for
 CHILD_GROUP=  # set if that child leads a process group of its own
