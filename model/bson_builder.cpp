@@ -22,6 +22,15 @@ int lengthOf(std::string_view text) {
     return static_cast<int>(text.size());
 }
 
+// A message ends at a zero character, which is what makes most refused keys refused.
+std::string shown(std::string_view key) {
+    std::string text{key};
+    for (auto at = text.find('\0'); at != std::string::npos; at = text.find('\0', at)) {
+        text.replace(at, 1, "\\0");
+    }
+    return text;
+}
+
 } // namespace
 
 bson_builder::bson_builder() {
@@ -56,8 +65,8 @@ void bson_builder::close() {
 
 void bson_builder::check(bool appended, std::string_view key) const {
     if (!appended) {
-        throw bson_error("cannot append the key \"" + std::string{key} +
-                         "\" to a BSON document of " + std::to_string(m_document.len) + " bytes");
+        throw bson_error("cannot append the key \"" + shown(key) + "\" to a BSON document of " +
+                         std::to_string(m_document.len) + " bytes");
     }
 }
 
@@ -78,13 +87,13 @@ void bson_builder::appendDouble(std::string_view key, double value) {
 }
 
 void bson_builder::appendUtf8(std::string_view key, std::string_view utf8) {
-    check(bson_append_utf8(&m_document, key.data(), lengthOf(key), utf8.data(), lengthOf(utf8)),
-          key);
+    // libbson takes a null pointer for a BSON null.
+    const char* text = utf8.data() == nullptr ? "" : utf8.data();
+    check(bson_append_utf8(&m_document, key.data(), lengthOf(key), text, lengthOf(utf8)), key);
 }
 
 void bson_builder::appendString(std::string_view key, const QString& value) {
     const QByteArray utf8 = value.toUtf8();
-    // constData() of an empty byte array is not null, as libbson requires of an empty string.
     appendUtf8(key, {utf8.constData(), static_cast<std::size_t>(utf8.size())});
 }
 
@@ -102,16 +111,17 @@ void bson_builder::appendDocument(std::string_view key,
                                   const bsoncxx::v1::document::view& document) {
     bson_t nested;
     if (!bson_init_static(&nested, document.data(), document.size())) {
-        throw bson_error("cannot append the key \"" + std::string{key} +
+        throw bson_error("cannot append the key \"" + shown(key) +
                          "\": its value is not a BSON document");
     }
     check(bson_append_document(&m_document, key.data(), lengthOf(key), &nested), key);
 }
 
 void bson_builder::readJson(std::string_view json) {
+    const int length = lengthOf(json);
     bson_destroy(&m_document);
     bson_error_t error;
-    if (!bson_init_from_json(&m_document, json.data(), lengthOf(json), &error)) {
+    if (!bson_init_from_json(&m_document, json.data(), length, &error)) {
         bson_init(&m_document);
         throw bson_error("cannot turn JSON into BSON: " + std::string{error.message} + ": " +
                          std::string{json.substr(0, 100)});

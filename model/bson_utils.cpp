@@ -84,8 +84,43 @@ void appendElements(bson_builder& array, const QJsonArray& json) {
     }
 }
 
+// JSON text that libbson's reader takes for the numbers that Qt means by it. Qt prints a large
+// whole double as plain digits, and the reader lets digits beyond 64 bits wrap around; with a
+// fraction they are a double again.
+QByteArray readableText(const QJsonDocument& json) {
+    constexpr int digitsOfInt64 = 19;
+    const QByteArray text = json.toJson(QJsonDocument::Compact);
+    QByteArray readable;
+    int copied = 0;
+    bool inString = false;
+    for (int at = 0; at < text.size(); ++at) {
+        if (text[at] == '"') {
+            inString = !inString;
+        } else if (inString) {
+            at += text[at] == '\\' ? 1 : 0;
+        } else if (text[at] >= '1' && text[at] <= '9') {
+            int end = at;
+            while (end < text.size() && text[end] >= '0' && text[end] <= '9') {
+                ++end;
+            }
+            const bool whole = text[end] != '.' && text[end] != 'e';
+            bool fits = true;
+            if (whole && end - at >= digitsOfInt64) {
+                text.mid(at, end - at).toLongLong(&fits);
+            }
+            if (!fits) {
+                readable += text.mid(copied, end - copied) + ".0";
+                copied = end;
+            }
+            at = end - 1;
+        }
+    }
+    return copied == 0 ? text : readable + text.mid(copied);
+}
+
 // Seconds as stores in the field hold them: Qt's unsigned 32-bit count widened, so that a null
-// date-time, one before 1970 and one after 2106 all become 4294967295.
+// date-time, one before 1970 (but for the last second of 1969) and one after 2106 all become
+// 4294967295.
 std::int64_t storedSecs(const QDateTime& time) {
     return time.toTime_t();
 }
@@ -127,7 +162,7 @@ void bsonAppend(bson_builder& document, std::string key, const QVariant& value) 
 bsoncxx::v1::document::value toBson(const QJsonDocument& json) {
     bson_builder document;
     if (!json.isEmpty()) {
-        document.readJson(view(json.toJson(QJsonDocument::Compact)));
+        document.readJson(view(readableText(json)));
     }
     return document.take();
 }

@@ -27,8 +27,7 @@ bool isAscii(std::string_view text) {
 enum class zero { accepted, refused };
 
 void checkUtf8(std::string_view text, zero zeros = zero::accepted) {
-    if (!isAscii(text) &&
-        !bson_utf8_validate(text.data(), text.size(), zeros == zero::accepted)) {
+    if (!isAscii(text) && !bson_utf8_validate(text.data(), text.size(), zeros == zero::accepted)) {
         throw bson_error("cannot render a BSON document as JSON: invalid UTF-8");
     }
 }
@@ -39,8 +38,8 @@ bool needsEscape(char c) {
     return code < 0x20 || c == '"' || c == '\\' || code == 0xC0;
 }
 
-// As Qt's JSON parser decodes a string of libbson's text. It keeps a leading byte order mark only if
-// the text has an escape in it, which is how the parser chooses between its two ways.
+// As Qt's JSON parser decodes a string of libbson's text. It keeps a leading byte order mark only
+// if the text has an escape in it, which is how the parser chooses between its two ways.
 QString decodeUtf8(std::string_view text) {
     checkUtf8(text);
     if (text.find_first_of("\xC0\xEF") == std::string_view::npos) {
@@ -369,7 +368,8 @@ void legacy_json::writeString(std::string_view text) {
     checkUtf8(text);
     m_text += '"';
     while (!text.empty()) {
-        const auto plain = static_cast<std::size_t>(std::ranges::find_if(text, needsEscape) - text.begin());
+        const auto plain =
+            static_cast<std::size_t>(std::ranges::find_if(text, needsEscape) - text.begin());
         m_text += text.substr(0, plain);
         text.remove_prefix(plain);
         if (text.empty()) {

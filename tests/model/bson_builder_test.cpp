@@ -336,6 +336,30 @@ TEST(BsonBuilder, RefusesTextsBeyondTheFormatsLimit) {
     EXPECT_EQ(rawBson(builder.take()), doc(int32("a", 1)));
 }
 
+TEST(BsonBuilder, RefusesJsonBeyondTheFormatsLimitAndStaysUsable) {
+    const gigantic_text gigantic;
+    bson_builder builder;
+    builder.appendUtf8("a", std::string(1000, 'x'));
+    EXPECT_THROW(builder.readJson(gigantic.view()), bson_error);
+    EXPECT_EQ(rawBson(builder.take()), doc(string("a", std::string(1000, 'x'))));
+}
+
+TEST(BsonBuilder, TakesAViewWithoutDataForAnEmptyText) {
+    bson_builder builder;
+    builder.appendUtf8("b", {});
+    EXPECT_EQ(rawBson(builder.take()), doc(string("b", "")));
+}
+
+TEST(BsonBuilder, NamesTheWholeKeyThatItRefuses) {
+    bson_builder builder;
+    try {
+        builder.appendInt32("a\0b"s, 1);
+        FAIL() << "the key was accepted";
+    } catch (const bson_error& error) {
+        EXPECT_STREQ(error.what(), R"(cannot append the key "a\0b" to a BSON document of 5 bytes)");
+    }
+}
+
 TEST(BsonError, IsARuntimeErrorOfTheStandardLibrary) {
     static_assert(std::is_base_of_v<std::runtime_error, bson_error>);
     EXPECT_STREQ(bson_error{"why"}.what(), "why");

@@ -89,11 +89,6 @@ INSTANTIATE_TEST_SUITE_P(
         typed_number{"MinusInfinity", -std::numeric_limits<double>::infinity(), null("a")}),
     [](const auto& test) { return std::string{test.param.name}; });
 
-TEST(JsonText, RefusesAWholeNumberJustBeyondInt64) {
-    EXPECT_THROW(toBson(with(9.3e18)), bson_error);
-    EXPECT_THROW(toBson(with(-9.3e18)), bson_error);
-}
-
 TEST(JsonText, OfANullDocumentIsEmpty) {
     EXPECT_EQ(rawBson(toBson(QJsonDocument{})), doc());
 }
