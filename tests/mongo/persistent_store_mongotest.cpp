@@ -172,6 +172,23 @@ TYPED_TEST(PersistentStore, LeavesNullsOut) {
                 ElementsAre(canonical(R"({"_id": 1, "state": {"b": [1.0], "c": {}}})")));
 }
 
+TYPED_TEST(PersistentStore, SavesNamesWithDotsAndDollarsAsTheyAre) {
+    this->store.Save(1, {{"a.b"_q, 1}, {"c"_q, QJsonObject{{"$d.e"_q, 2}}}});
+
+    EXPECT_THAT(this->documents(),
+                ElementsAre(canonical(R"({"_id": 1, "state": {"a.b": 1.0, "c": {"$d.e": 2.0}}})")));
+}
+
+// The MongoDB driver sends no update that has an empty name in it, at any depth.
+TYPED_TEST(PersistentStore, SaveOfAnEmptyNameThrowsAndLeavesWhatWasSaved) {
+    this->store.Save(1, {{"a"_q, 1}});
+
+    EXPECT_THROW(this->store.Save(1, {{""_q, 2}}), mongocxx::v1::exception);
+    EXPECT_THROW(this->store.Save(1, {{"b"_q, QJsonObject{{""_q, 2}}}}), mongocxx::v1::exception);
+
+    EXPECT_THAT(this->documents(), ElementsAre(canonical(R"({"_id": 1, "state": {"a": 1.0}})")));
+}
+
 TYPED_TEST(PersistentStore, DeleteOfASavedDeviceGivesTrueAndLeavesTheOthers) {
     this->store.Save(1, {});
     this->store.Save(2, {});
