@@ -330,6 +330,17 @@ TEST_F(DownlinkQueue, NamesMayBeAnyText) {
     EXPECT_TRUE(inRedis("17").toByteArray().contains("\xd0\x96\xf0\x9f\x94\x8c"));
 }
 
+// The MongoDB driver sends no update that has an empty name in it.
+TEST_F(DownlinkQueue, EmptyNameIsKeptInRedisAndThrowsWhenPersisted) {
+    dl_queues pushed;
+    pushed.dl.insert(QString(), {});
+
+    EXPECT_THROW(queues.Push(17, pushed, true), mongocxx::v1::exception);
+
+    EXPECT_EQ(queues.Pull(17), pushed);
+    EXPECT_EQ(database.count("dl_queues"), 0);
+}
+
 // Deliberate: a queue's settings overwrite an element of the same name.
 TEST_F(DownlinkQueue, ElementNamedLikeASettingDoesNotComeBack) {
     dl_queues pushed = sample();
