@@ -10,12 +10,12 @@ bool isComplete(const Accounting& accounting) {
            accounting.different == 0 && accounting.unexpected == 0;
 }
 
-QString accountingLine(const Accounting& accounting) {
+QString accountingLine(const Accounting& accounting, QLatin1String origin) {
     QStringList parts;
     const auto add = [&parts](int count, QLatin1String what) {
         parts.append(QString::number(count) + QLatin1Char(' ') + what);
     };
-    add(accounting.read, QLatin1String("read"));
+    add(accounting.read, origin);
     if (accounting.rejected != 0) {
         add(accounting.rejected, QLatin1String("rejected"));
     }

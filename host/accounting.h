@@ -24,7 +24,8 @@ struct Accounting {
 bool isComplete(const Accounting& accounting);
 
 /// One line such as "51 read, 51 stored, 51 read back equal, 0 lost"; counts of rejected, different
-/// and unexpected records appear only where they are not 0.
-QString accountingLine(const Accounting& accounting);
+/// and unexpected records appear only where they are not 0. `origin` is the word for how the
+/// records came about.
+QString accountingLine(const Accounting& accounting, QLatin1String origin = QLatin1String("read"));
 
 } // namespace host

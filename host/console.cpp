@@ -79,6 +79,15 @@ void Console::line(const QString& text) {
     m_stream << text.toStdString() << '\n' << std::flush;
 }
 
+void Console::heading(const QString& title) {
+    line();
+    if (m_kind == Kind::Terminal) {
+        m_stream << draw(ftxui::text(title.toStdString()) | ftxui::bold).ToString() << '\n';
+    } else {
+        line(title);
+    }
+}
+
 void Console::complaints(const QStringList& texts) {
     for (const auto& text : texts.mid(0, complaintsShown)) {
         line(text);

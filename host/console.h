@@ -30,6 +30,9 @@ public:
 
     void line(const QString& text = {});
 
+    /// An empty line and the title of what follows.
+    void heading(const QString& title);
+
     /// The first of the texts, one a line, and how many more there are; nothing if there are none.
     void complaints(const QStringList& texts);
 

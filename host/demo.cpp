@@ -1,36 +1,26 @@
 #include "host/demo.h"
 
 #include "host/accounting.h"
-#include "host/failure.h"
+#include "host/attempt.h"
+#include "host/downlink_demo.h"
+#include "host/events_demo.h"
+#include "host/input_files.h"
+#include "host/message_builder.h"
 #include "host/plugin_file.h"
 #include "host/settings_file.h"
 #include "host/telegram_decoder.h"
-#include "host/telegram_reader.h"
 #include "host/uplink_demo.h"
+#include "host/values_demo.h"
+#include "interfaces/ieav_database.h"
 #include "interfaces/imessages_database.h"
 
-#include <QFile>
+#include <QStringList>
 
 #include <optional>
 
 namespace host {
 
 namespace {
-
-/// Runs one step; whatever the plug-in or a client library throws becomes a Failure that names the
-/// step.
-template <class Step>
-auto attempt(const QString& what, Step step) {
-    try {
-        return step();
-    } catch (const Failure&) {
-        throw;
-    } catch (const std::exception& error) {
-        throw Failure(what + QStringLiteral(" failed: ") + QString::fromUtf8(error.what()));
-    } catch (const QString& error) {
-        throw Failure(what + QStringLiteral(" failed: ") + error);
-    }
-}
 
 std::optional<TelegramDecoder> chooseDecoder(DecoderChoice choice) {
     if (choice == DecoderChoice::Shipped) {
@@ -43,25 +33,6 @@ std::optional<TelegramDecoder> chooseDecoder(DecoderChoice choice) {
     return decoder;
 }
 
-TelegramFile readTelegramFile(const QString& fileName, Console& console) {
-    QFile input(fileName);
-    if (!input.open(QIODevice::ReadOnly)) {
-        throw Failure(QStringLiteral("cannot read the telegrams file %1: %2")
-                          .arg(fileName, input.errorString()));
-    }
-    auto file = readTelegrams(input);
-    for (const auto& rejected : file.rejected) {
-        console.line(QStringLiteral("%1, line %2 rejected: %3")
-                         .arg(fileName)
-                         .arg(rejected.lineNumber)
-                         .arg(rejected.reason));
-    }
-    if (file.telegrams.empty()) {
-        throw Failure(QStringLiteral("the telegrams file %1 holds no telegram").arg(fileName));
-    }
-    return file;
-}
-
 void decode(DecoderChoice choice, std::vector<Telegram>& telegrams, Console& console) {
     const auto decoder = chooseDecoder(choice);
     if (!decoder) {
@@ -71,9 +42,11 @@ void decode(DecoderChoice choice, std::vector<Telegram>& telegrams, Console& con
                                           "installed."));
         return;
     }
-    auto progress =
-        console.progress(QStringLiteral("Decoding"), static_cast<int>(telegrams.size()));
-    const auto count = decodeTelegrams(*decoder, telegrams, [&progress] { progress.advance(); });
+    const auto count = [&] {
+        auto progress =
+            console.progress(QStringLiteral("Decoding"), static_cast<int>(telegrams.size()));
+        return decodeTelegrams(*decoder, telegrams, [&progress] { progress.advance(); });
+    }();
     console.line(QStringLiteral("Readings: %1 telegrams decoded by wmbusmeters, %2 with the "
                                 "shipped readings.")
                      .arg(count.decoded)
@@ -83,26 +56,78 @@ void decode(DecoderChoice choice, std::vector<Telegram>& telegrams, Console& con
     }
 }
 
+/// The accounts of all kinds of records.
+class Closing {
+public:
+    void add(const QString& kind, const Accounting& accounting,
+             QLatin1String origin = QLatin1String("read")) {
+        m_lines.append(kind + QStringLiteral(": ") + accountingLine(accounting, origin));
+        m_complete = m_complete && isComplete(accounting);
+    }
+
+    bool print(Console& console) const {
+        console.heading(QStringLiteral("Accounting"));
+        for (const auto& line : m_lines) {
+            console.line(line);
+        }
+        return m_complete;
+    }
+
+private:
+    QStringList m_lines;
+    bool m_complete = true;
+};
+
 } // namespace
 
 bool runDemo(const DemoOptions& options, Console& console) {
     const auto settings = readSettings(options.settingsFile);
-    auto telegrams = readTelegramFile(options.telegramsFile, console);
-    decode(options.decoder, telegrams.telegrams, console);
+    auto telegrams = openTelegrams(options.telegramsFile, console);
+    const auto readings = openMeterReadings(options.readingsFile, console);
+    decode(options.decoder, telegrams.records, console);
 
     PluginFile plugin(options.pluginFile);
-    const auto database =
+    const auto messageStore =
         attempt(QStringLiteral("opening the message store at ") + serverName(settings),
                 [&] { return plugin.factory().CreateMessageDatabaseInst(settings, nullptr); });
+    const auto valueStore =
+        attempt(QStringLiteral("opening the value store at ") + serverName(settings),
+                [&] { return plugin.factory().CreateEavDatabaseInst(settings, nullptr); });
+    auto& uplinks = *messageStore->UlMessageRepository();
+    auto& downlinks = *messageStore->DlMessageRepository();
+    auto& values = *valueStore->EAVRepository();
 
+    const auto start = QDateTime::currentDateTimeUtc();
+    const auto messages = buildMessages(telegrams.records, start);
+    Closing closing;
+
+    console.heading(QStringLiteral("Uplink messages"));
     console.line(QStringLiteral("Assigned, since a telegram does not say: times (one minute "
                                 "apart), base stations, time zone and signal strengths."));
-    const auto start = QDateTime::currentDateTimeUtc();
-    const auto uplinks = attempt(QStringLiteral("the uplink messages' part"), [&] {
-        return runUplinkDemo(*database->UlMessageRepository(), telegrams, start, console);
+    const auto uplinkAccount = attempt(QStringLiteral("the part on uplink messages"), [&] {
+        return runUplinkDemo(uplinks, telegrams, start, console);
     });
-    console.line(accountingLine(uplinks));
-    return isComplete(uplinks);
+    console.line(accountingLine(uplinkAccount));
+    closing.add(QStringLiteral("uplink messages"), uplinkAccount);
+
+    console.heading(QStringLiteral("Meter readings"));
+    closing.add(QStringLiteral("meter readings"),
+                attempt(QStringLiteral("the part on meter readings"),
+                        [&] { return runValuesDemo(values, readings, start, console); }));
+
+    console.heading(QStringLiteral("Status changes"));
+    closing.add(QStringLiteral("events"),
+                attempt(QStringLiteral("the part on events"),
+                        [&] { return runEventsDemo(values, messages, console); }),
+                QLatin1String("found"));
+
+    console.heading(QStringLiteral("Downlink commands"));
+    closing.add(QStringLiteral("downlink commands"),
+                attempt(QStringLiteral("the part on downlink commands"),
+                        [&] { return runDownlinkDemo(downlinks, messages, console); }),
+                QLatin1String("issued"));
+
+    return closing.print(console);
 }
 
 } // namespace host

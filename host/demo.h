@@ -17,11 +17,12 @@ struct DemoOptions {
     QString pluginFile;
     QString settingsFile;
     QString telegramsFile;
+    QString readingsFile;
     DecoderChoice decoder = DecoderChoice::Auto;
 };
 
-/// Loads the plug-in, sends the shipped records through it and shows what came back. True if every
-/// record came back equal.
+/// Loads the plug-in, sends records of every kind through it, shows what came back and closes with
+/// an account of each kind. True if every record came back equal.
 ///
 /// The MongoDB driver's process-wide instance must exist. Throws Failure if a file cannot be read
 /// or a server does not do its part. Blocks on the servers.

@@ -1,5 +1,6 @@
 #include "host/console.h"
 #include "host/demo.h"
+#include "host/plot_command.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
@@ -9,6 +10,7 @@
 #include <exception>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace {
@@ -29,20 +31,46 @@ struct CommandLine {
     std::string pluginFile;
     std::string settingsFile;
     std::string telegramsFile = KELVRO_HOST_DATA_DIR "/radio_telegrams.ndjson";
+    std::string readingsFile = KELVRO_HOST_DATA_DIR "/meter_readings.ndjson";
     host::DecoderChoice decoder = host::DecoderChoice::Auto;
+    std::optional<int> device;
+    std::string obisCode = "1-0:1.7.0";
+    std::string plotFileBase = "power";
     bool verbose = false;
 };
 
-void addDemoOptions(CLI::App& demo, CommandLine& given) {
-    demo.add_option("--plugin", given.pluginFile, "The plug-in's file")->required();
-    demo.add_option("--settings", given.settingsFile, "JSON file with the plug-in's settings")
+void addCommonOptions(CLI::App& command, CommandLine& given) {
+    command.add_option("--plugin", given.pluginFile, "The plug-in's file")->required();
+    command.add_option("--settings", given.settingsFile, "JSON file with the plug-in's settings")
         ->required();
-    demo.add_option("--input", given.telegramsFile, "Telegrams, one JSON object a line")
+    command
+        .add_option("--readings", given.readingsFile,
+                    "Readings of an electricity meter, one JSON object a line")
         ->capture_default_str();
-    demo.add_option("--decoder", given.decoder, "Where the readings come from")
+    command.add_flag("--verbose", given.verbose, "Show the plug-in's own log lines");
+}
+
+CLI::App* addDemo(CLI::App& app, CommandLine& given) {
+    auto* const demo =
+        app.add_subcommand("demo", "Sends the telegrams and readings of real meters through the "
+                                   "plug-in and compares what comes back");
+    addCommonOptions(*demo, given);
+    demo->add_option("--input", given.telegramsFile, "Telegrams, one JSON object a line")
+        ->capture_default_str();
+    demo->add_option("--decoder", given.decoder, "Where the telegrams' readings come from")
         ->transform(CLI::CheckedTransformer(decoderNames))
         ->default_str("auto");
-    demo.add_flag("--verbose", given.verbose, "Show the plug-in's own log lines");
+    return demo;
+}
+
+void addPlot(CLI::App& app, CommandLine& given) {
+    auto* const plot = app.add_subcommand(
+        "plot", "Draws the stored values of an OBIS code over time, as SVG and PNG");
+    addCommonOptions(*plot, given);
+    plot->add_option("--device", given.device, "Device number; default: the one of the readings");
+    plot->add_option("--obis", given.obisCode, "OBIS code")->capture_default_str();
+    plot->add_option("--output", given.plotFileBase, "Files to write, without .svg and .png")
+        ->capture_default_str();
 }
 
 host::DemoOptions demoOptions(const CommandLine& given) {
@@ -50,7 +78,19 @@ host::DemoOptions demoOptions(const CommandLine& given) {
     options.pluginFile = QString::fromStdString(given.pluginFile);
     options.settingsFile = QString::fromStdString(given.settingsFile);
     options.telegramsFile = QString::fromStdString(given.telegramsFile);
+    options.readingsFile = QString::fromStdString(given.readingsFile);
     options.decoder = given.decoder;
+    return options;
+}
+
+host::PlotOptions plotOptions(const CommandLine& given) {
+    host::PlotOptions options;
+    options.pluginFile = QString::fromStdString(given.pluginFile);
+    options.settingsFile = QString::fromStdString(given.settingsFile);
+    options.readingsFile = QString::fromStdString(given.readingsFile);
+    options.device = given.device;
+    options.obisCode = QString::fromStdString(given.obisCode);
+    options.fileBase = QString::fromStdString(given.plotFileBase);
     return options;
 }
 
@@ -64,10 +104,8 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", KELVRO_HOST_VERSION);
     app.require_subcommand(1);
     CommandLine given;
-    auto* const demo = app.add_subcommand(
-        "demo",
-        "Sends the telegrams of real meters through the plug-in and compares what comes back");
-    addDemoOptions(*demo, given);
+    const auto* const demo = addDemo(app, given);
+    addPlot(app, given);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -81,7 +119,11 @@ int main(int argc, char** argv) {
         // The MongoDB driver wants one instance per process, older and longer-lived than all use.
         const mongocxx::v1::instance mongoDriver;
         auto console = host::Console::standardOutput();
-        return host::runDemo(demoOptions(given), console) ? succeeded : failed;
+        if (demo->parsed()) {
+            return host::runDemo(demoOptions(given), console) ? succeeded : failed;
+        }
+        host::runPlot(plotOptions(given), console);
+        return succeeded;
     } catch (const std::exception& error) {
         std::cerr << "kelvro-host: " << error.what() << '\n';
         return failed;

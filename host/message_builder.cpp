@@ -1,7 +1,8 @@
 #include "host/message_builder.h"
 
+#include "host/demo_mark.h"
+
 #include <QJsonDocument>
-#include <QJsonObject>
 
 namespace host {
 
@@ -10,9 +11,6 @@ namespace {
 constexpr quint64 idsPerMsec = 100'000;
 constexpr qint64 registrationSecs = 2;
 constexpr qint64 intervalSecs = 60;
-constexpr qint64 lifetimeSecs = 12 * 60 * 60;
-
-constexpr QLatin1String sourceKey("source");
 
 /// A wired telegram begins with the long frame of M-Bus: 68 LENGTH LENGTH 68.
 bool isWired(const QByteArray& payload) {
@@ -21,14 +19,6 @@ bool isWired(const QByteArray& payload) {
 }
 
 } // namespace
-
-QString demoSource() {
-    return QStringLiteral("kelvro-host demo");
-}
-
-bool isOfDemo(const QJsonDocument& extendedData) {
-    return extendedData.object().value(sourceKey).toString() == demoSource();
-}
 
 std::vector<model::message> buildMessages(const std::vector<Telegram>& telegrams,
                                           const QDateTime& start) {
@@ -45,7 +35,7 @@ std::vector<model::message> buildMessages(const std::vector<Telegram>& telegrams
         model::message message;
         message.modem_id = telegram.deviceNumber;
         message.station_id = 1 + index % 3;
-        message.ttl = QDateTime::fromSecsSinceEpoch(startSecs + lifetimeSecs, Qt::UTC);
+        message.ttl = expiry(start);
         message.timestamp = QDateTime::fromSecsSinceEpoch(timestampSecs, Qt::UTC);
         message.time_detected =
             QDateTime::fromSecsSinceEpoch(timestampSecs - registrationSecs, Qt::UTC);
@@ -56,8 +46,7 @@ std::vector<model::message> buildMessages(const std::vector<Telegram>& telegrams
         message.tag = telegram.medium;
         message.unique_id = firstId + static_cast<quint64>(index);
         message.data = QJsonDocument(telegram.decoded);
-        message.extended_data = QJsonDocument(
-            QJsonObject{{sourceKey, demoSource()}, {QStringLiteral("line"), telegram.lineNumber}});
+        message.extended_data = markedData({{QStringLiteral("line"), telegram.lineNumber}});
         message.parse_status = QStringLiteral("ok");
         message.hw_type = telegram.meterMake;
         message.protocol = wired ? QStringLiteral("M-Bus") : QStringLiteral("wM-Bus");

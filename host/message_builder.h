@@ -4,18 +4,10 @@
 #include "model/message.h"
 
 #include <QDateTime>
-#include <QString>
 
 #include <vector>
 
 namespace host {
-
-/// The value of "source" in the extended_data of every record that the demo writes: by it a later
-/// run knows which records it may delete.
-QString demoSource();
-
-/// Whether the extended data of a stored record say that the demo wrote it.
-bool isOfDemo(const QJsonDocument& extendedData);
 
 /// Turns telegrams into messages, one for one and in their order.
 ///

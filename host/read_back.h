@@ -36,6 +36,13 @@ public:
 
     void countStored(int records) { m_stored += records; }
 
+    /// Changes what the queries must return from here on, as the store was told to. Keys must stay.
+    void change(const std::function<void(Record&)>& change) {
+        for (auto& record : m_written) {
+            change(record);
+        }
+    }
+
     /// Checks one query's result: exactly the written records that `selected` accepts, each equal,
     /// under its device's number and newest first. `query` names the query in the complaints.
     void check(const QString& query, const std::function<bool(const Record&)>& selected,

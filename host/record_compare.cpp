@@ -1,6 +1,11 @@
 #include "host/record_compare.h"
 
 #include <QJsonDocument>
+#include <QJsonObject>
+#include <QLocale>
+#include <QVariant>
+
+#include <bit>
 
 namespace host {
 
@@ -29,6 +34,40 @@ QString toText(quint64 number) {
     return QString::number(number);
 }
 
+QString toText(const QJsonObject& object) {
+    return toText(QJsonDocument(object));
+}
+QString toText(const QVariant& value) {
+    const auto number = value.type() == QVariant::Double
+                            ? QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest)
+                            : value.toString();
+    return QString::fromLatin1(value.typeName()) + QLatin1Char(' ') + toText(number);
+}
+QString toText(model::dl_message::dl_status status) {
+    return QString::number(static_cast<int>(status));
+}
+
+template <class Member>
+bool same(const Member& written, const Member& readBack) {
+    return written == readBack;
+}
+/// QVariant converts before it compares, and takes nearly equal numbers for equal.
+bool same(const QVariant& written, const QVariant& readBack) {
+    if (written.userType() != readBack.userType()) {
+        return false;
+    }
+    if (written.type() == QVariant::Double) {
+        return std::bit_cast<quint64>(written.toDouble()) ==
+               std::bit_cast<quint64>(readBack.toDouble());
+    }
+    return written == readBack;
+}
+
+/// The value as the store gives it back: every number as a double.
+QVariant asReadBack(const QVariant& value) {
+    return value.type() == QVariant::Int ? QVariant(value.toDouble()) : value;
+}
+
 /// The instant as the store keeps it.
 QDateTime wholeSeconds(const QDateTime& instant) {
     return instant.isValid() ? QDateTime::fromSecsSinceEpoch(instant.toSecsSinceEpoch(), Qt::UTC)
@@ -40,7 +79,7 @@ class Differences {
 public:
     template <class Member>
     void compare(QLatin1String name, const Member& written, const Member& readBack) {
-        if (!(written == readBack)) {
+        if (!same(written, readBack)) {
             m_texts.append(QStringLiteral("%1: wrote %2, got %3")
                                .arg(name, toText(written), toText(readBack)));
         }
@@ -81,12 +120,79 @@ QStringList differences(const model::message& written, const model::message& rea
     return all.texts();
 }
 
+QStringList differences(const model::dev_value& written, const model::dev_value& readBack) {
+    Differences all;
+    all.compare(QLatin1String("modem_id"), written.modem_id, readBack.modem_id);
+    all.compare(QLatin1String("timestamp"), wholeSeconds(written.timestamp), readBack.timestamp);
+    all.compare(QLatin1String("obis_code"), written.obis_code, readBack.obis_code);
+    all.compare(QLatin1String("tag"), written.tag, readBack.tag);
+    all.compare(QLatin1String("extended_data"), written.extended_data, readBack.extended_data);
+    all.compare(QLatin1String("value"), asReadBack(written.value), readBack.value);
+    all.compare(QLatin1String("message_id"), written.message_id, readBack.message_id);
+    all.compare(QLatin1String("ttl"), written.ttl, readBack.ttl);
+    return all.texts();
+}
+
+QStringList differences(const model::dev_event& written, const model::dev_event& readBack) {
+    Differences all;
+    all.compare(QLatin1String("modem_id"), written.modem_id, readBack.modem_id);
+    all.compare(QLatin1String("timestamp"), wholeSeconds(written.timestamp), readBack.timestamp);
+    all.compare(QLatin1String("event_code"), written.event_code, readBack.event_code);
+    all.compare(QLatin1String("message_id"), written.message_id, readBack.message_id);
+    all.compare(QLatin1String("message"), written.message, readBack.message);
+    all.compare(QLatin1String("extended_data"), written.extended_data, readBack.extended_data);
+    all.compare(QLatin1String("parameter"), written.parameter, readBack.parameter);
+    all.compare(QLatin1String("ttl"), written.ttl, readBack.ttl);
+    return all.texts();
+}
+
+QStringList differences(const model::dl_message& written, const model::dl_message& readBack) {
+    Differences all;
+    all.compare(QLatin1String("f_ack"), written.f_ack, readBack.f_ack);
+    all.compare(QLatin1String("modem_id"), written.modem_id, readBack.modem_id);
+    all.compare(QLatin1String("timeout"), written.timeout, readBack.timeout);
+    all.compare(QLatin1String("ttl"), written.ttl, readBack.ttl);
+    all.compare(QLatin1String("timestamp"), wholeSeconds(written.timestamp), readBack.timestamp);
+    all.compare(QLatin1String("db_id"), written.db_id, readBack.db_id);
+    all.compare(QLatin1String("api_key"), written.api_key, readBack.api_key);
+    all.compare(QLatin1String("status"), written.status, readBack.status);
+    all.compare(QLatin1String("data"), written.data, readBack.data);
+    all.compare(QLatin1String("payload"), written.payload, readBack.payload);
+    all.compare(QLatin1String("extra_text"), QString(), readBack.extra_text);
+    return all.texts();
+}
+
 QString recordKey(const model::message& message) {
     return QString::number(message.unique_id);
 }
 
+QString recordKey(const model::dev_value& value) {
+    return QStringLiteral("%1 %2 ").arg(value.modem_id).arg(value.timestamp.toSecsSinceEpoch()) +
+           value.obis_code;
+}
+QString recordKey(const model::dev_event& event) {
+    return QStringLiteral("%1 %2 ").arg(event.modem_id).arg(event.timestamp.toSecsSinceEpoch()) +
+           event.message;
+}
+QString recordKey(const model::dl_message& command) {
+    return command.db_id;
+}
+
 QString describe(const model::message& message) {
     return QStringLiteral("message %1 of device %2").arg(message.unique_id).arg(message.modem_id);
+}
+
+QString describe(const model::dev_value& value) {
+    return QStringLiteral("value of %1 of device %2 at %3")
+        .arg(value.obis_code)
+        .arg(value.modem_id)
+        .arg(toText(value.timestamp));
+}
+QString describe(const model::dev_event& event) {
+    return QStringLiteral("event %1 of device %2").arg(event.message).arg(event.modem_id);
+}
+QString describe(const model::dl_message& command) {
+    return QStringLiteral("command %1 for device %2").arg(command.db_id).arg(command.modem_id);
 }
 
 } // namespace host

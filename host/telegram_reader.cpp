@@ -1,21 +1,12 @@
 #include "host/telegram_reader.h"
 
-#include <QJsonDocument>
-#include <QJsonParseError>
-
 #include <algorithm>
-#include <utility>
 
 namespace host {
 
 namespace {
 
 constexpr int meterIdDigits = 8;
-
-/// Thrown by the parsers below: why the line is no telegram.
-struct Rejection {
-    QString reason;
-};
 
 bool isHexDigit(QChar character) {
     const auto code = character.toLower().unicode();
@@ -24,20 +15,6 @@ bool isHexDigit(QChar character) {
 
 bool isDecimalDigit(QChar character) {
     return character.unicode() >= u'0' && character.unicode() <= u'9';
-}
-
-QJsonObject parseObject(const QByteArray& line) {
-    QJsonParseError error;
-    const auto document = QJsonDocument::fromJson(line, &error);
-    if (error.error != QJsonParseError::NoError) {
-        throw Rejection{QStringLiteral("not JSON: %1 at byte %2")
-                            .arg(error.errorString())
-                            .arg(error.offset + 1)};
-    }
-    if (!document.isObject()) {
-        throw Rejection{QStringLiteral("not a JSON object")};
-    }
-    return document.object();
 }
 
 QByteArray parsePayload(const QJsonValue& value) {
@@ -92,8 +69,7 @@ QString parseText(const QJsonObject& decoded, QLatin1String key) {
     return text;
 }
 
-Telegram parseTelegram(const QByteArray& line, int lineNumber) {
-    const auto fields = parseObject(line);
+Telegram parseTelegram(const QJsonObject& fields, int lineNumber) {
     Telegram telegram;
     telegram.lineNumber = lineNumber;
     telegram.payload = parsePayload(fields.value(QLatin1String("telegram")));
@@ -113,20 +89,7 @@ Telegram parseTelegram(const QByteArray& line, int lineNumber) {
 } // namespace
 
 TelegramFile readTelegrams(QIODevice& input) {
-    TelegramFile file;
-    for (int lineNumber = 1; !input.atEnd(); ++lineNumber) {
-        const auto line = input.readLine();
-        if (line.trimmed().isEmpty()) {
-            continue;
-        }
-        ++file.linesRead;
-        try {
-            file.telegrams.push_back(parseTelegram(line, lineNumber));
-        } catch (const Rejection& rejection) {
-            file.rejected.push_back({lineNumber, rejection.reason});
-        }
-    }
-    return file;
+    return readRecords<Telegram>(input, parseTelegram);
 }
 
 } // namespace host

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "host/json_lines.h"
+
 #include <QByteArray>
 #include <QIODevice>
 #include <QJsonObject>
 #include <QString>
-
-#include <vector>
 
 namespace host {
 
@@ -25,19 +25,7 @@ struct Telegram {
     QJsonObject decoded;
 };
 
-/// A line that is no telegram, and why.
-struct RejectedLine {
-    int lineNumber = 0;
-    QString reason;
-};
-
-/// What a file of telegrams held.
-struct TelegramFile {
-    std::vector<Telegram> telegrams;
-    std::vector<RejectedLine> rejected;
-    /// All lines but the blank ones.
-    int linesRead = 0;
-};
+using TelegramFile = RecordFile<Telegram>;
 
 /// Reads lines of the form {"telegram": HEX, "decoded": {"id", "meter", "media", …}}, one telegram
 /// each; blank lines are passed over. A line that is anything else is rejected and the rest is

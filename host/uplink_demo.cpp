@@ -1,5 +1,6 @@
 #include "host/uplink_demo.h"
 
+#include "host/demo_mark.h"
 #include "host/failure.h"
 #include "host/message_builder.h"
 #include "host/read_back.h"
@@ -32,8 +33,8 @@ std::set<Value> distinct(const std::vector<model::message>& messages, Member mem
 model::filter_roll anyTime(std::list<int> devices) {
     model::filter_roll filter;
     filter.modem_ids = std::move(devices);
-    filter.begin = QDateTime::fromSecsSinceEpoch(0, Qt::UTC);
-    filter.end = QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59), Qt::UTC);
+    filter.begin = beginOfTime();
+    filter.end = endOfTime();
     return filter;
 }
 
@@ -44,7 +45,7 @@ void deleteEarlierDemo(Repository& repository, const std::list<int>& devices, Co
     for (const auto& [device, ofDevice] : *stored) {
         const auto foreign =
             std::count_if(ofDevice.begin(), ofDevice.end(), [](const model::message& message) {
-                return !isOfDemo(message.extended_data);
+                return !isMarked(message.extended_data);
             });
         if (foreign != 0) {
             throw Failure(
@@ -140,7 +141,7 @@ void show(const std::vector<model::message>& messages, Console& console) {
 
 Accounting runUplinkDemo(Repository& repository, const TelegramFile& file, const QDateTime& start,
                          Console& console) {
-    ReadBack<model::message> messages(buildMessages(file.telegrams, start));
+    ReadBack<model::message> messages(buildMessages(file.records, start));
     const auto rejected = static_cast<int>(file.rejected.size());
     if (messages.written().empty()) {
         return messages.accounting(file.linesRead, rejected);

@@ -51,6 +51,13 @@ TEST(PlainConsole, PrintsProgressOnceForAStepOverSeveralQuarters) {
     EXPECT_EQ(stream.str(), "Saving: 10 of 10\n");
 }
 
+TEST(PlainConsole, PrintsAHeadingAfterAnEmptyLine) {
+    std::ostringstream stream;
+    Console console(stream, Console::Kind::Plain);
+    console.heading("Accounting"_q);
+    EXPECT_EQ(stream.str(), "\nAccounting\n");
+}
+
 TEST(TerminalConsole, RedrawsTheProgressBarAndEndsItsLine) {
     std::ostringstream stream;
     Console console(stream, Console::Kind::Terminal);

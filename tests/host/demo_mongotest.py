@@ -1,6 +1,6 @@
 """Runs kelvro-host with the real plug-in and real servers: its exit status and what it prints.
 
-usage: demo_mongotest.py KELVRO-HOST PLUGIN, with MONGODB_URL and REDIS_URL in the environment
+usage: demo_mongotest.py KELVRO-HOST PLUGIN DATA, with MONGODB_URL and REDIS_URL in the environment
 """
 
 import json
@@ -12,7 +12,7 @@ import tempfile
 import unittest
 import urllib.parse
 
-HOST, PLUGIN = sys.argv[1:3]
+HOST, PLUGIN, DATA = sys.argv[1:4]
 ACCOUNT = "51 read, 51 stored, 51 read back equal, 0 lost"
 
 
@@ -34,6 +34,11 @@ class Demo(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
         self.settings = self.write("settings.json", json.dumps(settings()))
+        # Two seconds of the meter's readings, for the tests that are not about them.
+        readings = pathlib.Path(DATA, "meter_readings.ndjson").read_text(encoding="utf-8")
+        self.few_readings = self.write(
+            "readings.ndjson", "".join(readings.splitlines(keepends=True)[:64])
+        )
 
     def write(self, name, text):
         file = self.folder / name
@@ -45,9 +50,11 @@ class Demo(unittest.TestCase):
             [HOST, *map(str, arguments)], capture_output=True, encoding="utf-8", timeout=120
         )
 
-    def demo(self, *arguments, plugin=PLUGIN, settings_file=None):
+    def demo(self, *arguments, plugin=PLUGIN, settings_file=None, few=True):
+        readings = ("--readings", self.few_readings) if few else ()
         return self.run_host(
-            "demo", "--plugin", plugin, "--settings", settings_file or self.settings, *arguments
+            "demo", "--plugin", plugin, "--settings", settings_file or self.settings,
+            *readings, *arguments,
         )
 
     def expect_account(self, result, account=ACCOUNT):
@@ -59,8 +66,35 @@ class Demo(unittest.TestCase):
         for text in texts:
             self.assertIn(text, result.stderr)
 
-    def test_accounts_for_every_telegram(self):
-        self.expect_account(self.demo())
+    def test_accounts_for_every_record(self):
+        result = self.demo(few=False)
+        self.expect_account(result)
+        for line in (
+            f"uplink messages: {ACCOUNT}",
+            "meter readings: 8960 read, 8960 stored, 8960 read back equal, 0 lost",
+            "events: 11 found, 11 stored, 11 read back equal, 0 lost",
+            "downlink commands: 51 issued, 51 stored, 51 read back equal, 0 lost",
+        ):
+            self.assertIn(line, result.stdout.splitlines())
+
+    def test_draws_the_power_curve(self):
+        self.expect_account(self.demo(few=False))
+        result = self.run_host(
+            "plot", "--plugin", PLUGIN, "--settings", self.settings,
+            "--output", self.folder / "power",
+        )
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn("280 values of 1-0:1.7.0 of device 31650618", result.stdout)
+        svg = (self.folder / "power.svg").read_text(encoding="utf-8")
+        for text in ("1-0:1.7.0 (kW)", "Time (UTC), 2019-03-24", "14:06:00"):
+            self.assertIn(text, svg)
+        self.assertTrue((self.folder / "power.png").read_bytes().startswith(b"\x89PNG"))
+
+    def test_says_what_it_cannot_draw(self):
+        result = self.run_host(
+            "plot", "--plugin", PLUGIN, "--settings", self.settings, "--obis", "9-9:9.9.9"
+        )
+        self.expect_failure(result, "no values of 9-9:9.9.9 of device 31650618")
 
     def test_can_be_repeated_on_the_same_server(self):
         self.expect_account(self.demo("--decoder=shipped"))
@@ -93,7 +127,7 @@ class Demo(unittest.TestCase):
 
     def test_fails_without_any_telegram(self):
         file = self.write("telegrams.ndjson", "no JSON\n")
-        self.expect_failure(self.demo("--input", file), f"{file} holds no telegram")
+        self.expect_failure(self.demo("--input", file), f"{file} holds no record")
 
     def test_names_a_plugin_file_that_is_missing(self):
         self.expect_failure(self.demo(plugin="/nonexistent.so"), "/nonexistent.so")

@@ -1,5 +1,6 @@
 #include "host/message_builder.h"
 
+#include "host/demo_mark.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
 
@@ -69,13 +70,13 @@ TEST(MessageBuilder, GivesTheMessagesOfARunAndOfTheNextIdsOfTheirOwn) {
 
 TEST(MessageBuilder, MarksTheMessageAsTheDemos) {
     const auto message = buildMessages({telegram()}, start).front();
-    EXPECT_TRUE(host::isOfDemo(message.extended_data));
+    EXPECT_TRUE(host::isMarked(message.extended_data));
     EXPECT_EQ(message.extended_data.object().value("line"_q), QJsonValue(7));
 }
 
 TEST(MessageBuilder, TakesExtendedDataOfOthersForForeign) {
-    EXPECT_FALSE(host::isOfDemo({}));
-    EXPECT_FALSE(host::isOfDemo(QJsonDocument(QJsonObject{{"source"_q, "other"_q}})));
+    EXPECT_FALSE(host::isMarked({}));
+    EXPECT_FALSE(host::isMarked(QJsonDocument(QJsonObject{{"source"_q, "other"_q}})));
 }
 
 TEST(MessageBuilder, TellsWiredTelegramsFromRadioTelegrams) {

@@ -9,7 +9,8 @@
 
 #include <cmath>
 #include <functional>
-#include <limits>
+#include <map>
+#include <string>
 
 namespace {
 
@@ -38,41 +39,50 @@ model::message sample() {
     return message;
 }
 
+/// Expects each change of a record to be found, under the name of the changed member.
+template <class Record>
+void expectFound(const Record& written,
+                 const std::map<std::string, std::function<void(Record&)>>& changes) {
+    EXPECT_EQ(differences(written, written), QStringList());
+    for (const auto& [member, change] : changes) {
+        auto changed = written;
+        change(changed);
+        const auto found = differences(written, changed);
+        ASSERT_EQ(found.size(), 1) << member;
+        EXPECT_TRUE(found.front().startsWith(QString::fromStdString(member + ':'))) << member;
+    }
+}
+
 TEST(MessageCompare, FindsNothingInACopy) {
     EXPECT_EQ(differences(sample(), sample()), QStringList());
 }
 
 TEST(MessageCompare, FindsAChangeOfEachMember) {
-    const std::map<std::string, std::function<void(model::message&)>> changes = {
-        {"extra_text", [](auto& message) { message.extra_text = "x"_q; }},
-        {"extra_value1", [](auto& message) { message.extra_value1 = 1; }},
-        {"extra_value2", [](auto& message) { message.extra_value2 = 1; }},
-        {"modem_id", [](auto& message) { ++message.modem_id; }},
-        {"station_id", [](auto& message) { ++message.station_id; }},
-        {"ttl", [](auto& message) { message.ttl = message.ttl.addMSecs(1); }},
-        {"timestamp", [](auto& message) { message.timestamp = message.timestamp.addSecs(1); }},
-        {"time_detected",
-         [](auto& message) { message.time_detected = message.time_detected.addSecs(1); }},
-        {"bs_timezone_offset", [](auto& message) { ++message.bs_timezone_offset; }},
-        {"phy", [](auto& message) { message.phy.append(u'x'); }},
-        {"snr", [](auto& message) { ++message.snr; }},
-        {"rssi", [](auto& message) { ++message.rssi; }},
-        {"tag", [](auto& message) { message.tag.append(u'x'); }},
-        {"unique_id", [](auto& message) { ++message.unique_id; }},
-        {"data", [](auto& message) { message.data = {}; }},
-        {"extended_data", [](auto& message) { message.extended_data = {}; }},
-        {"parse_status", [](auto& message) { message.parse_status.append(u'x'); }},
-        {"hw_type", [](auto& message) { message.hw_type.append(u'x'); }},
-        {"protocol", [](auto& message) { message.protocol.append(u'x'); }},
-        {"payload", [](auto& message) { message.payload.append('\0'); }},
-    };
-    for (const auto& [member, change] : changes) {
-        auto changed = sample();
-        change(changed);
-        const auto found = differences(sample(), changed);
-        ASSERT_EQ(found.size(), 1) << member;
-        EXPECT_TRUE(found.front().startsWith(QString::fromStdString(member) + u':')) << member;
-    }
+    expectFound<model::message>(
+        sample(),
+        {
+            {"extra_text", [](auto& message) { message.extra_text = "x"_q; }},
+            {"extra_value1", [](auto& message) { message.extra_value1 = 1; }},
+            {"extra_value2", [](auto& message) { message.extra_value2 = 1; }},
+            {"modem_id", [](auto& message) { ++message.modem_id; }},
+            {"station_id", [](auto& message) { ++message.station_id; }},
+            {"ttl", [](auto& message) { message.ttl = message.ttl.addMSecs(1); }},
+            {"timestamp", [](auto& message) { message.timestamp = message.timestamp.addSecs(1); }},
+            {"time_detected",
+             [](auto& message) { message.time_detected = message.time_detected.addSecs(1); }},
+            {"bs_timezone_offset", [](auto& message) { ++message.bs_timezone_offset; }},
+            {"phy", [](auto& message) { message.phy.append(u'x'); }},
+            {"snr", [](auto& message) { ++message.snr; }},
+            {"rssi", [](auto& message) { ++message.rssi; }},
+            {"tag", [](auto& message) { message.tag.append(u'x'); }},
+            {"unique_id", [](auto& message) { ++message.unique_id; }},
+            {"data", [](auto& message) { message.data = {}; }},
+            {"extended_data", [](auto& message) { message.extended_data = {}; }},
+            {"parse_status", [](auto& message) { message.parse_status.append(u'x'); }},
+            {"hw_type", [](auto& message) { message.hw_type.append(u'x'); }},
+            {"protocol", [](auto& message) { message.protocol.append(u'x'); }},
+            {"payload", [](auto& message) { message.payload.append('\0'); }},
+        });
 }
 
 TEST(MessageCompare, SaysWhatWasWrittenAndWhatCameBack) {
@@ -109,6 +119,121 @@ TEST(MessageCompare, FindsANullThatIsGone) {
     auto changed = sample();
     changed.data = QJsonDocument(QJsonObject{{"a"_q, 0.1}});
     EXPECT_EQ(differences(sample(), changed).size(), 1);
+}
+
+model::dev_value sampleValue() {
+    model::dev_value value;
+    value.modem_id = 1;
+    value.timestamp = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
+    value.obis_code = "1-0:1.8.0"_q;
+    value.tag = "tag"_q;
+    value.extended_data = QJsonDocument(QJsonObject{{"unit"_q, "kWh"_q}});
+    value.value = 0.1;
+    value.message_id = "6"_q;
+    value.ttl = QDateTime::fromMSecsSinceEpoch(1'800'000'000'123, Qt::UTC);
+    return value;
+}
+
+TEST(ValueCompare, FindsAChangeOfEachMember) {
+    expectFound<model::dev_value>(
+        sampleValue(),
+        {
+            {"modem_id", [](auto& value) { ++value.modem_id; }},
+            {"timestamp", [](auto& value) { value.timestamp = value.timestamp.addSecs(1); }},
+            {"obis_code", [](auto& value) { value.obis_code.append(u'x'); }},
+            {"tag", [](auto& value) { value.tag.append(u'x'); }},
+            {"extended_data", [](auto& value) { value.extended_data = {}; }},
+            {"value", [](auto& value) { value.value = std::nextafter(0.1, 1.0); }},
+            {"message_id", [](auto& value) { value.message_id.append(u'x'); }},
+            {"ttl", [](auto& value) { value.ttl = value.ttl.addMSecs(1); }},
+        });
+}
+
+TEST(ValueCompare, ExpectsAnIntToComeBackAsADouble) {
+    auto written = sampleValue();
+    written.value = 7;
+    auto readBack = written;
+    EXPECT_EQ(differences(written, readBack),
+              QStringList{"value: wrote double \"7\", got int \"7\""_q});
+    readBack.value = 7.0;
+    EXPECT_EQ(differences(written, readBack), QStringList());
+}
+
+TEST(ValueCompare, TellsANumberFromTheSameNumberAsText) {
+    auto changed = sampleValue();
+    changed.value = "0.1"_q;
+    EXPECT_EQ(differences(sampleValue(), changed).size(), 1);
+}
+
+TEST(ValueCompare, TellsNegativeZeroFromZero) {
+    auto written = sampleValue();
+    written.value = 0.0;
+    auto changed = written;
+    changed.value = -0.0;
+    EXPECT_EQ(differences(written, changed).size(), 1);
+}
+
+TEST(EventCompare, FindsAChangeOfEachMember) {
+    model::dev_event event;
+    event.modem_id = 1;
+    event.timestamp = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
+    event.event_code = 2;
+    event.message_id = "6"_q;
+    event.message = "ALARM"_q;
+    event.extended_data = QJsonDocument(QJsonObject{{"a"_q, 1}});
+    event.parameter = 3;
+    event.ttl = QDateTime::fromMSecsSinceEpoch(1'800'000'000'123, Qt::UTC);
+    expectFound<model::dev_event>(
+        event, {
+                   {"modem_id", [](auto& each) { ++each.modem_id; }},
+                   {"timestamp", [](auto& each) { each.timestamp = each.timestamp.addSecs(1); }},
+                   {"event_code", [](auto& each) { ++each.event_code; }},
+                   {"message_id", [](auto& each) { each.message_id.append(u'x'); }},
+                   {"message", [](auto& each) { each.message.append(u'x'); }},
+                   {"extended_data", [](auto& each) { each.extended_data = {}; }},
+                   {"parameter", [](auto& each) { ++each.parameter; }},
+                   {"ttl", [](auto& each) { each.ttl = each.ttl.addMSecs(1); }},
+               });
+}
+
+model::dl_message sampleCommand() {
+    model::dl_message command;
+    command.f_ack = 1;
+    command.modem_id = 2;
+    command.timeout = 3;
+    command.ttl = QDateTime::fromMSecsSinceEpoch(1'800'000'000'123, Qt::UTC);
+    command.timestamp = QDateTime::fromSecsSinceEpoch(1'700'000'000, Qt::UTC);
+    command.db_id = "0123456789abcdef01234567"_q;
+    command.api_key = "key"_q;
+    command.status = model::dl_message::dl_status::WAIT_DATA;
+    command.data = {{"a"_q, 1}};
+    command.payload = "\x00\x01"_qba;
+    return command;
+}
+
+TEST(CommandCompare, FindsAChangeOfEachMember) {
+    expectFound<model::dl_message>(
+        sampleCommand(),
+        {
+            {"f_ack", [](auto& command) { command.f_ack = 0; }},
+            {"modem_id", [](auto& command) { ++command.modem_id; }},
+            {"timeout", [](auto& command) { ++command.timeout; }},
+            {"ttl", [](auto& command) { command.ttl = command.ttl.addMSecs(1); }},
+            {"timestamp", [](auto& command) { command.timestamp = command.timestamp.addSecs(1); }},
+            {"db_id", [](auto& command) { command.db_id.clear(); }},
+            {"api_key", [](auto& command) { command.api_key.append(u'x'); }},
+            {"status",
+             [](auto& command) { command.status = model::dl_message::dl_status::EXECUTED; }},
+            {"data", [](auto& command) { command.data = {}; }},
+            {"payload", [](auto& command) { command.payload.append('x'); }},
+            {"extra_text", [](auto& command) { command.extra_text = "x"_q; }},
+        });
+}
+
+TEST(CommandCompare, ExpectsTheHostsOwnTextToComeBackEmpty) {
+    auto written = sampleCommand();
+    written.extra_text = "mine"_q;
+    EXPECT_EQ(differences(written, sampleCommand()), QStringList());
 }
 
 } // namespace

@@ -32,8 +32,8 @@ void expectRejected(const TelegramFile& file, int lineNumber, const QString& rea
 
 TEST(TelegramReader, TakesPayloadIdMakeMediumAndReadingsFromALine) {
     const auto file = read(line("0aFf10"_qba));
-    ASSERT_EQ(file.telegrams.size(), 1U);
-    const auto& telegram = file.telegrams.front();
+    ASSERT_EQ(file.records.size(), 1U);
+    const auto& telegram = file.records.front();
     EXPECT_EQ(telegram.lineNumber, 1);
     EXPECT_EQ(telegram.payload, "\x0a\xff\x10"_qba);
     EXPECT_EQ(telegram.deviceNumber, 86426);
@@ -44,24 +44,24 @@ TEST(TelegramReader, TakesPayloadIdMakeMediumAndReadingsFromALine) {
 }
 
 TEST(TelegramReader, ReadsTheLastLineWithoutItsLineEnd) {
-    EXPECT_EQ(read(line("00"_qba).chopped(1)).telegrams.size(), 1U);
+    EXPECT_EQ(read(line("00"_qba).chopped(1)).records.size(), 1U);
 }
 
 TEST(TelegramReader, PassesOverBlankLinesButCountsThemInLineNumbers) {
     const auto file = read("\n  \r\n"_qba + line("00"_qba));
     EXPECT_EQ(file.linesRead, 1);
-    ASSERT_EQ(file.telegrams.size(), 1U);
-    EXPECT_EQ(file.telegrams.front().lineNumber, 3);
+    ASSERT_EQ(file.records.size(), 1U);
+    EXPECT_EQ(file.records.front().lineNumber, 3);
 }
 
 TEST(TelegramReader, KeepsTwoTelegramsOfOneMeter) {
-    EXPECT_EQ(read(line("00"_qba) + line("01"_qba)).telegrams.size(), 2U);
+    EXPECT_EQ(read(line("00"_qba) + line("01"_qba)).records.size(), 2U);
 }
 
 TEST(TelegramReader, AcceptsTheLargestId) {
     const auto file = read(line("00"_qba, R"("99999999")"_qba));
-    ASSERT_EQ(file.telegrams.size(), 1U);
-    EXPECT_EQ(file.telegrams.front().deviceNumber, 99'999'999);
+    ASSERT_EQ(file.records.size(), 1U);
+    EXPECT_EQ(file.records.front().deviceNumber, 99'999'999);
 }
 
 TEST(TelegramReader, ReportsALineThatIsNotJsonWithItsLineNumber) {
@@ -143,14 +143,14 @@ TEST(TelegramReader, ReadsTheRestAfterRejectedLines) {
     const auto file = read("x\n"_qba + line("0"_qba) + line("00"_qba) + "y\n"_qba);
     EXPECT_EQ(file.linesRead, 4);
     EXPECT_EQ(file.rejected.size(), 3U);
-    ASSERT_EQ(file.telegrams.size(), 1U);
-    EXPECT_EQ(file.telegrams.front().lineNumber, 3);
+    ASSERT_EQ(file.records.size(), 1U);
+    EXPECT_EQ(file.records.front().lineNumber, 3);
 }
 
 TEST(TelegramReader, ReadsNothingFromAnEmptyFile) {
     const auto file = read({});
     EXPECT_EQ(file.linesRead, 0);
-    EXPECT_TRUE(file.telegrams.empty());
+    EXPECT_TRUE(file.records.empty());
     EXPECT_TRUE(file.rejected.empty());
 }
 
@@ -159,7 +159,7 @@ TEST(TelegramReader, ReadsAllOfTheShippedTelegrams) {
     ASSERT_TRUE(input.open(QIODevice::ReadOnly));
     const auto file = host::readTelegrams(input);
     EXPECT_EQ(file.linesRead, 51);
-    EXPECT_EQ(file.telegrams.size(), 51U);
+    EXPECT_EQ(file.records.size(), 51U);
 }
 
 } // namespace

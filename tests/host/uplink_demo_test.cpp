@@ -100,13 +100,13 @@ TEST_F(UplinkDemo, FindsAMemberThatTheStoreChanges) {
 }
 
 TEST_F(UplinkDemo, StoresTwoTelegramsOfOneMeter) {
-    file.telegrams.push_back(file.telegrams.front());
+    file.records.push_back(file.records.front());
     ++file.linesRead;
     EXPECT_EQ(accountingLine(run()), "52 read, 52 stored, 52 read back equal, 0 lost"_q);
 }
 
 TEST_F(UplinkDemo, StoresASingleTelegram) {
-    file.telegrams.resize(1);
+    file.records.resize(1);
     file.linesRead = 1;
     EXPECT_EQ(accountingLine(run()), "1 read, 1 stored, 1 read back equal, 0 lost"_q);
 }

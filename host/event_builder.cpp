@@ -1,0 +1,60 @@
+#include "host/event_builder.h"
+
+#include "host/demo_mark.h"
+
+#include <QJsonObject>
+#include <QSet>
+#include <QStringList>
+
+namespace host {
+
+namespace {
+
+struct StatusMember {
+    QLatin1String name;
+    EventCode code;
+};
+
+constexpr StatusMember statusMembers[] = {
+    {QLatin1String("error_flags"), EventCode::ErrorFlag},
+    {QLatin1String("error"), EventCode::ErrorFlag},
+    {QLatin1String("status"), EventCode::Status},
+    {QLatin1String("current_status"), EventCode::Status},
+};
+
+model::dev_event makeEvent(const model::message& message, const StatusMember& member,
+                           const QString& word, int place) {
+    model::dev_event event;
+    event.modem_id = message.modem_id;
+    event.timestamp = message.timestamp;
+    event.event_code = static_cast<int>(member.code);
+    event.message_id = QString::number(message.unique_id);
+    event.message = word;
+    event.extended_data = markedData({{QStringLiteral("member"), member.name}});
+    event.parameter = place;
+    event.ttl = message.ttl;
+    return event;
+}
+
+} // namespace
+
+std::vector<model::dev_event> findEvents(const std::vector<model::message>& messages) {
+    std::vector<model::dev_event> events;
+    for (const auto& message : messages) {
+        const auto readings = message.data.object();
+        QSet<QString> known{QStringLiteral("OK")};
+        for (const auto& member : statusMembers) {
+            const auto words =
+                readings.value(member.name).toString().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+            for (int place = 0; place < words.size(); ++place) {
+                if (!known.contains(words[place])) {
+                    known.insert(words[place]);
+                    events.push_back(makeEvent(message, member, words[place], place));
+                }
+            }
+        }
+    }
+    return events;
+}
+
+} // namespace host

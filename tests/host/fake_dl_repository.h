@@ -1,0 +1,98 @@
+#pragma once
+
+#include "interfaces/idl_app_message_repository.h"
+
+#include <algorithm>
+#include <functional>
+#include <list>
+#include <map>
+#include <memory>
+
+namespace test_support {
+
+/// A store of downlink commands in memory. `spoil` is called with every command that a query
+/// returns, so that a test can let the store misbehave.
+class FakeDlRepository final : public interfaces::IDLAPPMessageRepository {
+public:
+    using Commands = std::map<int, std::list<model::dl_message>>;
+
+    void SaveMessage(model::dl_message& message) override {
+        message.db_id = QStringLiteral("%1").arg(stored.size() + 1, 24, 16, QLatin1Char('0'));
+        stored.push_back(message);
+    }
+
+    model::dl_message GetById(const QString& id) override {
+        auto command = find(id);
+        spoil(command);
+        return command;
+    }
+
+    std::shared_ptr<Commands> GetCommands(const model::filter_dl& filter) override {
+        return select(filter, [](const model::dl_message&) { return true; });
+    }
+
+    std::shared_ptr<Commands> GetNotAckCommands(const model::filter_dl& filter) override {
+        return select(filter, [](const model::dl_message& command) {
+            return command.status == model::dl_message::dl_status::PENDING ||
+                   command.status == model::dl_message::dl_status::WAIT_DATA;
+        });
+    }
+
+    void SetStatus(const QString& id, model::dl_message::dl_status status) override {
+        if (!ignoresStatus) {
+            find(id).status = status;
+        }
+    }
+
+    void AckCommand(const QString& id) override {
+        ++acknowledged;
+        SetStatus(id, model::dl_message::dl_status::EXECUTED);
+    }
+
+    void DeleteMessages(const std::list<int>& modem_ids, const QDateTime& from,
+                        const QDateTime& to) override {
+        stored.remove_if([&](const model::dl_message& command) {
+            return std::find(modem_ids.begin(), modem_ids.end(), command.modem_id) !=
+                       modem_ids.end() &&
+                   command.timestamp >= from && command.timestamp <= to;
+        });
+    }
+
+    std::list<model::dl_message> stored;
+    std::function<void(model::dl_message&)> spoil = [](model::dl_message&) {};
+    bool ignoresStatus = false;
+    int acknowledged = 0;
+
+private:
+    model::dl_message& find(const QString& id) {
+        const auto command =
+            std::find_if(stored.begin(), stored.end(),
+                         [&id](const model::dl_message& each) { return each.db_id == id; });
+        if (command == stored.end()) {
+            throw QStringLiteral("not exist");
+        }
+        return *command;
+    }
+
+    template <class Selects>
+    std::shared_ptr<Commands> select(const model::filter_dl& filter, Selects selects) {
+        auto result = std::make_shared<Commands>();
+        for (const int device : filter.modem_ids) {
+            for (const auto& command : stored) {
+                if (command.modem_id == device && command.timestamp >= filter.begin &&
+                    command.timestamp <= filter.end && selects(command)) {
+                    (*result)[device].push_back(command);
+                    spoil((*result)[device].back());
+                }
+            }
+        }
+        for (auto& [device, commands] : *result) {
+            commands.sort([](const model::dl_message& left, const model::dl_message& right) {
+                return left.timestamp > right.timestamp;
+            });
+        }
+        return result;
+    }
+};
+
+} // namespace test_support
