@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # The checks of layout and quality. Each one runs to its end, so that one call shows all findings.
-# A source file that clang-tidy has passed is not checked again until it, a header, the checks or
-# the way of compiling change.
+# A source file that clang-tidy has passed is not checked again until it, a header that it includes,
+# the checks or the way of compiling change.
 
 command_lint() {
     local failed=()
@@ -55,38 +55,37 @@ lint_layout() {
 }
 
 lint_quality() {
-    local files=() stale=() file stamps=$PROJECT/build/lint headers
+    local files=() stale=() hash file stamps=$PROJECT/build/lint
     mapfile -d '' files < <(tracked '*.cpp')
     ((${#files[@]} > 0)) || return 0
-    # Headers that the build makes are needed as well.
+    # The headers that a build makes are needed, and what it knows of who includes what.
     build_preset dev
-    mapfile -d '' headers < <(tracked '*.h' '*.hpp')
-    local common
-    common=$(hash_of "${headers[@]}" .clang-tidy tests/.clang-tidy build/dev/compile_commands.json /.stamp)
-    for file in "${files[@]}"; do
-        stamp_is "$stamps/$file.passed" "$(hash_of "$file" "$common")" || stale+=("$file")
-    done
-    say "clang-tidy: ${#stale[@]} of ${#files[@]} files"
-    ((${#stale[@]} > 0)) || return 0
     mkdir -p "$stamps"
+    python3 tools/dev/lint_inputs.py "${files[@]}" >"$stamps/inputs" || return
+    while read -r hash file; do
+        stamp_is "$stamps/$file.passed" "$hash" || stale+=("$hash" "$file")
+    done <"$stamps/inputs"
+    say "clang-tidy: $((${#stale[@]} / 2)) of $(wc -l <"$stamps/inputs") files"
+    ((${#stale[@]} > 0)) || return 0
     : >"$stamps/progress"
-    export -f check_quality hash_of
-    run_child xargs --null --max-args=1 --max-procs="$JOBS" --arg-file=<(printf '%s\0' "${stale[@]}") \
-        bash -c 'check_quality "$@"' check_quality "$stamps" "$common" "${#stale[@]}"
+    export -f check_quality
+    run_child xargs --null --max-args=2 --max-procs="$JOBS" \
+        --arg-file=<(printf '%s\0' "${stale[@]}") \
+        bash -c 'check_quality "$@"' check_quality "$stamps" "$((${#stale[@]} / 2))"
 }
 
-# check_quality STAMPS COMMON-HASH TOTAL FILE
+# check_quality STAMPS TOTAL HASH FILE
 check_quality() {
-    local passed=$1/$4.passed status=0 findings done_so_far
-    findings=$(clang-tidy --quiet -p build/dev "$4" 2>&1) || status=$?
-    echo "$4" >>"$1/progress"
-    done_so_far=$(wc -l <"$1/progress")
+    local stamps=$1 total=$2 hash=$3 file=$4 status=0 findings count
+    findings=$(clang-tidy --quiet -p build/dev "$file" 2>&1) || status=$?
+    echo "$file" >>"$stamps/progress"
+    count=$(wc -l <"$stamps/progress")
     if ((status == 0)); then
-        mkdir -p "$(dirname "$passed")"
-        hash_of "$4" "$2" >"$passed"
-        echo "[$done_so_far/$3] $4"
+        mkdir -p "$(dirname "$stamps/$file")"
+        echo "$hash" >"$stamps/$file.passed"
+        echo "[$count/$total] $file"
     else
-        printf '[%s/%s] %s: findings\n%s\n' "$done_so_far" "$3" "$4" "$findings"
+        printf '[%s/%s] %s: findings\n%s\n' "$count" "$total" "$file" "$findings"
         return 1
     fi
 }
