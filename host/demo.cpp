@@ -3,19 +3,23 @@
 #include "host/accounting.h"
 #include "host/attempt.h"
 #include "host/downlink_demo.h"
+#include "host/driver_demo.h"
 #include "host/events_demo.h"
 #include "host/input_files.h"
 #include "host/message_builder.h"
 #include "host/plugin_file.h"
+#include "host/redis_side.h"
 #include "host/settings_file.h"
 #include "host/telegram_decoder.h"
 #include "host/uplink_demo.h"
 #include "host/values_demo.h"
+#include "interfaces/idevice_clients_database.h"
 #include "interfaces/ieav_database.h"
 #include "interfaces/imessages_database.h"
 
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 namespace host {
@@ -54,6 +58,13 @@ void decode(DecoderChoice choice, std::vector<Telegram>& telegrams, Console& con
     if (count.timedOut) {
         console.line(QStringLiteral("wmbusmeters ran into its time limit and was not used again."));
     }
+}
+
+std::shared_ptr<interfaces::IDriverState> openDriverState(PluginFile& plugin,
+                                                          const QJsonObject& settings) {
+    return attempt(QStringLiteral("opening the driver state at %1 and %2")
+                       .arg(serverName(settings), redisName(settings)),
+                   [&] { return plugin.factory().CreateDriverStateInst(settings, nullptr); });
 }
 
 /// The accounts of all kinds of records.
@@ -126,6 +137,31 @@ bool runDemo(const DemoOptions& options, Console& console) {
                 attempt(QStringLiteral("the part on downlink commands"),
                         [&] { return runDownlinkDemo(downlinks, messages, console); }),
                 QLatin1String("issued"));
+
+    console.heading(QStringLiteral("Driver state, downlink queues and client registry"));
+    RedisServer redis(settings);
+    // Two objects: the second one shows what survives the first one's memory.
+    const auto states = openDriverState(plugin, settings);
+    const auto statesAfterwards = openDriverState(plugin, settings);
+    const auto clientStore =
+        attempt(QStringLiteral("opening the client registry at ") + redisName(settings),
+                [&] { return plugin.factory().CreateClientDatabaseInst(settings, nullptr); });
+    closing.add(
+        QStringLiteral("driver states"),
+        attempt(QStringLiteral("the part on driver states"),
+                [&] { return runStateDemo(*states, *statesAfterwards, redis, messages, console); }),
+        QLatin1String("kept"));
+    closing.add(QStringLiteral("downlink queues"),
+                attempt(QStringLiteral("the part on downlink queues"),
+                        [&] { return runQueueDemo(*states->DLqueue(), redis, messages, console); }),
+                QLatin1String("made"));
+    closing.add(QStringLiteral("registry entries"),
+                attempt(QStringLiteral("the part on the client registry"),
+                        [&] {
+                            return runRegistryDemo(*clientStore->DeviceClientsRepository(), redis,
+                                                   messages, console);
+                        }),
+                QLatin1String("made"));
 
     return closing.print(console);
 }

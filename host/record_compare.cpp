@@ -74,6 +74,39 @@ QDateTime wholeSeconds(const QDateTime& instant) {
                              : instant;
 }
 
+QJsonObject toJson(const model::dl_queues::element& element) {
+    return {{QStringLiteral("data"), element.data},
+            {QStringLiteral("type"), element.type},
+            {QStringLiteral("db_id"), element.db_id},
+            {QStringLiteral("status"), static_cast<int>(element.status)},
+            {QStringLiteral("repeat"), element.repeat}};
+}
+QJsonObject toJson(const model::dl_queues::queue& queue) {
+    QJsonObject elements;
+    for (auto element = queue.elements.begin(); element != queue.elements.end(); ++element) {
+        elements.insert(element.key(), toJson(element.value()));
+    }
+    return {{QStringLiteral("elements"), elements},
+            {QStringLiteral("repeat"), queue.repeat},
+            {QStringLiteral("timeout"), queue.timeout},
+            {QStringLiteral("start_from"), queue.start_from},
+            {QStringLiteral("status"), static_cast<int>(queue.status)}};
+}
+/// Every member of every queue, to be compared and printed.
+QJsonObject toJson(const model::dl_queues& queues) {
+    QJsonObject all;
+    for (auto queue = queues.dl.begin(); queue != queues.dl.end(); ++queue) {
+        all.insert(queue.key(), toJson(queue.value()));
+    }
+    return {{QStringLiteral("dl"), all},
+            {QStringLiteral("lock"), queues.lock},
+            {QStringLiteral("status"), static_cast<int>(queues.status)}};
+}
+
+QString joined(const std::set<QString>& texts) {
+    return QStringList(texts.begin(), texts.end()).join(QStringLiteral(", "));
+}
+
 /// Collects the members that differ.
 class Differences {
 public:
@@ -162,6 +195,26 @@ QStringList differences(const model::dl_message& written, const model::dl_messag
     return all.texts();
 }
 
+QStringList differences(const DeviceState& written, const DeviceState& readBack) {
+    Differences all;
+    all.compare(QLatin1String("values"), written.values, readBack.values);
+    return all.texts();
+}
+
+QStringList differences(const DeviceQueues& written, const DeviceQueues& readBack) {
+    Differences all;
+    all.compare(QLatin1String("queues"), toJson(written.queues), toJson(readBack.queues));
+    return all.texts();
+}
+
+QStringList differences(const DeviceEntry& written, const DeviceEntry& readBack) {
+    Differences all;
+    all.compare(QLatin1String("clients"), joined(written.clients), joined(readBack.clients));
+    all.compare(QLatin1String("protocol"), written.protocol, readBack.protocol);
+    all.compare(QLatin1String("hw_type"), written.hw_type, readBack.hw_type);
+    return all.texts();
+}
+
 QString recordKey(const model::message& message) {
     return QString::number(message.unique_id);
 }
@@ -176,6 +229,16 @@ QString recordKey(const model::dev_event& event) {
 }
 QString recordKey(const model::dl_message& command) {
     return command.db_id;
+}
+
+QString recordKey(const DeviceState& state) {
+    return QString::number(state.modem_id);
+}
+QString recordKey(const DeviceQueues& queues) {
+    return QString::number(queues.modem_id);
+}
+QString recordKey(const DeviceEntry& entry) {
+    return QString::number(entry.modem_id);
 }
 
 QString describe(const model::message& message) {
@@ -193,6 +256,16 @@ QString describe(const model::dev_event& event) {
 }
 QString describe(const model::dl_message& command) {
     return QStringLiteral("command %1 for device %2").arg(command.db_id).arg(command.modem_id);
+}
+
+QString describe(const DeviceState& state) {
+    return QStringLiteral("state of device %1").arg(state.modem_id);
+}
+QString describe(const DeviceQueues& queues) {
+    return QStringLiteral("downlink queues of device %1").arg(queues.modem_id);
+}
+QString describe(const DeviceEntry& entry) {
+    return QStringLiteral("registry entry of device %1").arg(entry.modem_id);
 }
 
 } // namespace host

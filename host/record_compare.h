@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/device_records.h"
 #include "model/dev_event.h"
 #include "model/dev_value.h"
 #include "model/dl_message.h"
@@ -21,17 +22,26 @@ QStringList differences(const model::message& written, const model::message& rea
 QStringList differences(const model::dev_value& written, const model::dev_value& readBack);
 QStringList differences(const model::dev_event& written, const model::dev_event& readBack);
 QStringList differences(const model::dl_message& written, const model::dl_message& readBack);
+QStringList differences(const DeviceState& written, const DeviceState& readBack);
+QStringList differences(const DeviceQueues& written, const DeviceQueues& readBack);
+QStringList differences(const DeviceEntry& written, const DeviceEntry& readBack);
 
 /// What tells one record from all others of its kind.
 QString recordKey(const model::message& message);
 QString recordKey(const model::dev_value& value);
 QString recordKey(const model::dev_event& event);
 QString recordKey(const model::dl_message& command);
+QString recordKey(const DeviceState& state);
+QString recordKey(const DeviceQueues& queues);
+QString recordKey(const DeviceEntry& entry);
 
 /// The record in a few words, for reports.
 QString describe(const model::message& message);
 QString describe(const model::dev_value& value);
 QString describe(const model::dev_event& event);
 QString describe(const model::dl_message& command);
+QString describe(const DeviceState& state);
+QString describe(const DeviceQueues& queues);
+QString describe(const DeviceEntry& entry);
 
 } // namespace host

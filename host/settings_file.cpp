@@ -39,4 +39,11 @@ QString serverName(const QJsonObject& settings) {
         .replace(credentials, QStringLiteral("//"));
 }
 
+QString redisName(const QJsonObject& settings) {
+    const auto redis = settings.value(QLatin1String("redis")).toObject();
+    return QStringLiteral("%1:%2")
+        .arg(redis.value(QLatin1String("host")).toString(QStringLiteral("127.0.0.1")))
+        .arg(redis.value(QLatin1String("port")).toInt(6379));
+}
+
 } // namespace host

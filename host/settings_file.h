@@ -14,4 +14,7 @@ QJsonObject readSettings(const QString& fileName);
 /// The MongoDB connection string of the settings without user name and password, for messages.
 QString serverName(const QJsonObject& settings);
 
+/// HOST:PORT of the settings' Redis server, with the plug-in's defaults.
+QString redisName(const QJsonObject& settings);
+
 } // namespace host

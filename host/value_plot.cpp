@@ -59,7 +59,7 @@ QString plotScript(const std::list<model::dev_value>& values, const PlotTarget& 
     script += QStringLiteral("set timefmt '%s'\nset xdata time\n");
     script += oneDay ? QStringLiteral("set format x '%H:%M:%S'\n")
                      : QStringLiteral("set format x \"%Y-%m-%d\\n%H:%M\"\n");
-    script += QStringLiteral("set grid\nset key off\nset yrange [0<*:]\n");
+    script += QStringLiteral("set grid\nset key off\nset rmargin 6\nset yrange [0<*:]\n");
     script += QStringLiteral("set terminal svg size 1000,500 background 'white'\nset output ") +
               quoted(target.fileBase + QStringLiteral(".svg")) + QLatin1Char('\n');
     script += QStringLiteral("plot $values using 1:2 with steps linewidth 2\n");

@@ -74,6 +74,9 @@ class Demo(unittest.TestCase):
             "meter readings: 8960 read, 8960 stored, 8960 read back equal, 0 lost",
             "events: 11 found, 11 stored, 11 read back equal, 0 lost",
             "downlink commands: 51 issued, 51 stored, 51 read back equal, 0 lost",
+            "driver states: 51 kept, 51 stored, 51 read back equal, 0 lost",
+            "downlink queues: 51 made, 51 stored, 51 read back equal, 0 lost",
+            "registry entries: 51 made, 51 stored, 51 read back equal, 0 lost",
         ):
             self.assertIn(line, result.stdout.splitlines())
 
@@ -144,6 +147,11 @@ class Demo(unittest.TestCase):
         result = self.demo(settings_file=file)
         self.expect_failure(result, "opening the message store at mongodb://127.0.0.1:1/")
         self.assertNotIn("secret", result.stdout + result.stderr)
+
+    def test_names_a_redis_server_that_cannot_be_reached(self):
+        unreachable = {**settings(), "redis": {"host": "127.0.0.1", "port": 1}}
+        file = self.write("unreachable.json", json.dumps(unreachable))
+        self.expect_failure(self.demo(settings_file=file), "127.0.0.1:1")
 
     def test_tells_wrong_usage_from_failure(self):
         self.assertEqual(self.run_host().returncode, 2)

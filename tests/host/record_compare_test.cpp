@@ -236,4 +236,51 @@ TEST(CommandCompare, ExpectsTheHostsOwnTextToComeBackEmpty) {
     EXPECT_EQ(differences(written, sampleCommand()), QStringList());
 }
 
+TEST(QueuesCompare, FindsAChangeOfEachMember) {
+    using Status = enum model::dl_queues::status;
+    host::DeviceQueues record;
+    record.queues.dl["q"_q].elements["e"_q].data = {{"a"_q, 1}};
+    const auto element = [](host::DeviceQueues& changed) -> auto& {
+        return changed.queues.dl["q"_q].elements["e"_q];
+    };
+    const auto queue = [](host::DeviceQueues& changed) -> auto& {
+        return changed.queues.dl["q"_q];
+    };
+    const std::vector<std::function<void(host::DeviceQueues&)>> changes = {
+        [](auto& changed) { changed.queues.dl.clear(); },
+        [](auto& changed) { changed.queues.lock = true; },
+        [](auto& changed) { changed.queues.status = Status::WAIT; },
+        [&](auto& changed) { queue(changed).elements.clear(); },
+        [&](auto& changed) { queue(changed).repeat = 1; },
+        [&](auto& changed) { queue(changed).timeout = 1; },
+        [&](auto& changed) { queue(changed).start_from = 1; },
+        [&](auto& changed) { queue(changed).status = Status::WAIT; },
+        [&](auto& changed) { element(changed).data = {}; },
+        [&](auto& changed) { element(changed).type = "t"_q; },
+        [&](auto& changed) { element(changed).db_id = "d"_q; },
+        [&](auto& changed) { element(changed).status = Status::WAIT; },
+        [&](auto& changed) { element(changed).repeat = 1; },
+    };
+    EXPECT_EQ(differences(record, record), QStringList());
+    for (std::size_t number = 0; number < changes.size(); ++number) {
+        auto changed = record;
+        changes[number](changed);
+        EXPECT_EQ(differences(record, changed).size(), 1) << number;
+    }
+}
+
+TEST(EntryCompare, FindsAChangeOfEachMember) {
+    expectFound<host::DeviceEntry>({1, {"a"_q}, "p"_q, "h"_q},
+                                   {
+                                       {"clients", [](auto& each) { each.clients.clear(); }},
+                                       {"protocol", [](auto& each) { each.protocol.clear(); }},
+                                       {"hw_type", [](auto& each) { each.hw_type.clear(); }},
+                                   });
+}
+
+TEST(StateCompare, FindsAChangedValue) {
+    expectFound<host::DeviceState>({1, {{"a"_q, 1}}},
+                                   {{"values", [](auto& each) { each.values["a"_q] = 2; }}});
+}
+
 } // namespace
