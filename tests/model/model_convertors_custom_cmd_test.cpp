@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace {
 
 using json_rows::accessor;
@@ -17,7 +19,7 @@ custom_cmd read(const char* key, const QJsonValue& value) {
 
 using custom_row = json_rows::row<custom_cmd>;
 
-const custom_row rows[] = {
+const std::vector<custom_row> rows{
     {"query", accessor::object, QJsonObject{{"b"_q, "2"_q}, {"a"_q, "1"_q}},
      [](custom_cmd& c) { c.query = {{"a"_q, "1"_q}, {"b"_q, "2"_q}}; }},
     {"body", accessor::object, QJsonObject{{"n"_q, 5}},

@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace {
 
 using json_rows::accessor;
@@ -26,7 +28,7 @@ std::string compact(const QJsonObject& json) {
 
 using command_row = json_rows::row<dl_message>;
 
-const command_row rows[] = {
+const std::vector<command_row> rows{
     {"f_ack", accessor::integer, 1, [](dl_message& m) { m.f_ack = 1; }},
     {"modem_id", accessor::integer, -1001, [](dl_message& m) { m.modem_id = -1001; }},
     {"timeout", accessor::integer, 3600, [](dl_message& m) { m.timeout = 3600; }},
@@ -103,7 +105,7 @@ TEST(CommandFromJsonTimestamp, IsNowWhateverTheObjectHolds) {
 }
 
 struct hex_case {
-    const char* name;
+    const char* name = nullptr;
     QString text;
     QByteArray bytes;
 

@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <QJsonArray>
+#include <QStringList>
 
+#include <array>
 #include <functional>
 #include <limits>
 #include <random>
@@ -29,20 +31,20 @@ public:
     int below(int bound) { return std::uniform_int_distribution{0, bound - 1}(m_engine); }
 
     int number() {
-        static constexpr int extremes[] = {0, 1, -1, std::numeric_limits<int>::max(),
-                                           std::numeric_limits<int>::min()};
-        return below(3) == 0
-                   ? extremes[below(5)]
-                   : std::uniform_int_distribution<int>{std::numeric_limits<int>::min()}(m_engine);
+        static constexpr std::array extremes{0, 1, -1, std::numeric_limits<int>::max(),
+                                             std::numeric_limits<int>::min()};
+        if (below(3) == 0) {
+            return extremes.at(static_cast<std::size_t>(below(static_cast<int>(extremes.size()))));
+        }
+        return std::uniform_int_distribution<int>{std::numeric_limits<int>::min()}(m_engine);
     }
 
     QString text() {
-        static const QString pieces[] = {"a"_q,      "B"_q,  "0"_q,          "."_q,
-                                         "$"_q,      ":"_q,  "\""_q,         "\\"_q,
-                                         "\u0416"_q, "\0"_q, "\U0001F50C"_q, "\n"_q};
+        static const QStringList pieces{"a"_q,  "B"_q,  "0"_q,      "."_q,  "$"_q,          ":"_q,
+                                        "\""_q, "\\"_q, "\u0416"_q, "\0"_q, "\U0001F50C"_q, "\n"_q};
         QString text;
         for (int length = below(6); length > 0; --length) {
-            text += pieces[below(static_cast<int>(std::size(pieces)))];
+            text += pieces.at(below(pieces.size()));
         }
         return text;
     }
@@ -93,16 +95,16 @@ public:
 
     // An object that looks like queues, but with any kind of value anywhere.
     QJsonValue nearly(int level) {
-        static const QString names[] = {"dl"_q,      "lock"_q,       "status"_q, "repeat"_q,
-                                        "timeout"_q, "start_from"_q, "db_id"_q,  "data"_q,
-                                        "type"_q,    "q"_q};
-        static const QString states[] = {"NONE"_q, "DONE"_q, "WAIT"_q, "FAIL"_q, "wait"_q};
+        static const QStringList names{"dl"_q,      "lock"_q,       "status"_q, "repeat"_q,
+                                       "timeout"_q, "start_from"_q, "db_id"_q,  "data"_q,
+                                       "type"_q,    "q"_q};
+        static const QStringList states{"NONE"_q, "DONE"_q, "WAIT"_q, "FAIL"_q, "wait"_q};
         if (level == 0 || below(4) == 0) {
-            return below(2) == 0 ? QJsonValue{states[below(5)]} : value(1);
+            return below(2) == 0 ? QJsonValue{states.at(below(states.size()))} : value(1);
         }
         QJsonObject object;
         for (int size = below(8); size > 0; --size) {
-            object.insert(names[below(10)], nearly(level - 1));
+            object.insert(names.at(below(names.size())), nearly(level - 1));
         }
         return object;
     }

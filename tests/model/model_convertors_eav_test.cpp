@@ -51,9 +51,9 @@ TEST(ValueToJson, TimesLoseTheirFractionDownwards) {
 }
 
 struct value_case {
-    const char* name;
+    const char* name = nullptr;
     QVariant value;
-    const char* json;
+    const char* json = nullptr;
 
     friend void PrintTo(const value_case& value, std::ostream* out) { *out << value.name; }
 };

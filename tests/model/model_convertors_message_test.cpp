@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace {
 
 using json_rows::accessor;
@@ -27,7 +29,7 @@ message read(const char* key, const QJsonValue& value) {
 using message_row = json_rows::row<message>;
 
 // "hw_type" and "unique_id" have rules of their own below, but their rows are here too.
-const message_row rows[] = {
+const std::vector<message_row> rows{
     {"unique_id", accessor::integer, 77, [](message& m) { m.unique_id = 77; }},
     {"ttl", accessor::integer, 1900000000, [](message& m) { m.ttl = localSecs(1900000000); }},
     {"timestamp", accessor::integer, 17, [](message& m) { m.timestamp = localSecs(17); }},
@@ -118,9 +120,9 @@ TEST(MessageFromJsonNumbers, WholeNumberWrittenWithAFractionIsWhole) {
 }
 
 struct hw_type_case {
-    const char* name;
+    const char* name = nullptr;
     QJsonValue given;
-    char16_t character;
+    char16_t character = 0;
 
     friend void PrintTo(const hw_type_case& hwType, std::ostream* out) { *out << hwType.name; }
 };

@@ -116,9 +116,9 @@ TYPED_TEST(PersistentStore, WholeNumbersOfEitherWidthAreNumbers) {
 }
 
 struct shape {
-    const char* name;
-    const char* stored;
-    const char* read;
+    const char* name = nullptr;
+    const char* stored = nullptr;
+    const char* read = nullptr;
 
     friend void PrintTo(const shape& shape, std::ostream* out) { *out << shape.name; }
 };

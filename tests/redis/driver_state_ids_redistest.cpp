@@ -73,9 +73,9 @@ TEST_F(DriverStateIds, OfNoMatchingKeyAreNone) {
 }
 
 struct key_id {
-    const char* name;
+    const char* name = nullptr;
     QByteArray key;
-    int id;
+    int id = 0;
 
     friend void PrintTo(const key_id& key, std::ostream* out) { *out << key.name; }
 };

@@ -331,9 +331,9 @@ TEST_F(DriverState, DeleteDevicesCallsTheOverriddenDelete) {
 }
 
 struct key_case {
-    const char* name;
+    const char* name = nullptr;
     QString prefix;
-    int modem_id;
+    int modem_id = 0;
     QByteArray key;
 
     friend void PrintTo(const key_case& key, std::ostream* out) { *out << key.name; }

@@ -77,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(Number, DriverStateDoubles,
                                          std::numeric_limits<double>::denorm_min()));
 
 struct bytes_case {
-    const char* name;
+    const char* name = nullptr;
     QByteArray set;
     value_type got;
 
