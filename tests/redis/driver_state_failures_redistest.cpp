@@ -20,7 +20,6 @@ using test_support::unreachableMongoUrl;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using namespace test_support::literals;
 
 class DriverStateSettings : public RedisStoreTest {
