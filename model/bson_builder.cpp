@@ -70,6 +70,10 @@ void bson_builder::check(bool appended, std::string_view key) const {
     }
 }
 
+void bson_builder::appendNull(std::string_view key) {
+    check(bson_append_null(&m_document, key.data(), lengthOf(key)), key);
+}
+
 void bson_builder::appendBool(std::string_view key, bool value) {
     check(bson_append_bool(&m_document, key.data(), lengthOf(key), value), key);
 }

@@ -27,6 +27,7 @@ public:
     bson_builder(const bson_builder&) = delete;
     bson_builder& operator=(const bson_builder&) = delete;
 
+    void appendNull(std::string_view key);
     void appendBool(std::string_view key, bool value);
     void appendInt32(std::string_view key, std::int32_t value);
     void appendInt64(std::string_view key, std::int64_t value);

@@ -4,6 +4,8 @@
 #include "model/eav_events_layout.h"
 #include "model/eav_values_layout.h"
 #include "model/field_lookup.h"
+#include "model/json_parsing.h"
+#include "model/json_typing.h"
 #include "model/ul_messages_layout.h"
 
 #include <bsoncxx/v1/types/id.hpp>
@@ -14,6 +16,7 @@
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace bson_utils {
 
@@ -29,15 +32,28 @@ QString toQString(bsoncxx::v1::stdx::string_view utf8) {
     return QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
 }
 
+QJsonObject insertedObject(const bsoncxx::v1::document::view& document);
+
 QJsonValue fromBsonValue(const bsoncxx::v1::element::view& element) {
     switch (element.type_id()) {
     case id::k_document:
-        return fromBsonJobj(element.get_document().value);
+        return insertedObject(element.get_document().value);
     case id::k_array:
         return fromBsonArr(element.get_array().value);
     default:
         return fromBsonOther(element);
     }
+}
+
+QJsonObject insertedObject(const bsoncxx::v1::document::view& document) {
+    QJsonObject json;
+    for (const bsoncxx::v1::element::view& element : document) {
+        const auto key = element.key();
+        // Deliberate: keys are read as Latin-1 although they are written as UTF-8.
+        json.insert(QString::fromLatin1(key.data(), static_cast<int>(key.size())),
+                    fromBsonValue(element));
+    }
+    return json;
 }
 
 void appendMembers(bson_builder& document, const QJsonObject& json);
@@ -125,8 +141,9 @@ std::int64_t storedSecs(const QDateTime& time) {
     return time.toTime_t();
 }
 
-QDateTime fromStoredSecs(std::int64_t secs) {
-    return QDateTime::fromTime_t(static_cast<uint>(secs));
+QDateTime fromStoredSecs(std::int64_t secs, local_times& times) {
+    constexpr qint64 msecsPerSec = 1000;
+    return times.at(msecsPerSec * static_cast<uint>(secs));
 }
 
 } // namespace
@@ -160,10 +177,14 @@ void bsonAppend(bson_builder& document, std::string key, const QVariant& value) 
 }
 
 bsoncxx::v1::document::value toBson(const QJsonDocument& json) {
-    bson_builder document;
-    if (!json.isEmpty()) {
-        document.readJson(view(readableText(json)));
+    if (json.isEmpty() || json.isObject()) {
+        bson_builder document;
+        if (appendAsTextWouldRead(document, json.object())) {
+            return document.take();
+        }
     }
+    bson_builder document;
+    document.readJson(view(readableText(json)));
     return document.take();
 }
 
@@ -180,14 +201,8 @@ bsoncxx::v1::array::value toBson(const QJsonArray& json) {
 }
 
 QJsonObject fromBsonJobj(const bsoncxx::v1::document::view& document) {
-    QJsonObject json;
-    for (const bsoncxx::v1::element::view& element : document) {
-        const auto key = element.key();
-        // Deliberate: keys are read as Latin-1 although they are written as UTF-8.
-        json.insert(QString::fromLatin1(key.data(), static_cast<int>(key.size())),
-                    fromBsonValue(element));
-    }
-    return json;
+    auto parsed = parsedObject(document);
+    return parsed ? *std::move(parsed) : insertedObject(document);
 }
 
 QJsonArray fromBsonArr(const bsoncxx::v1::array::view& array) {
@@ -285,6 +300,11 @@ bsoncxx::v1::document::value toBson(const model::dev_event& event) {
 }
 
 model::message fromBsonUL(const bsoncxx::v1::document::view& document) {
+    local_times times;
+    return fromBsonUL(document, times);
+}
+
+model::message fromBsonUL(const bsoncxx::v1::document::view& document, local_times& times) {
     namespace field = layout::ul_messages;
     const field_lookup<field::fields> fields{document};
     const auto text = [&](const bsoncxx::v1::element::view& element) {
@@ -299,10 +319,10 @@ model::message fromBsonUL(const bsoncxx::v1::document::view& document) {
     message.rssi = fields[field::rssi].get_int32().value;
     message.snr = fields[field::snr].get_int32().value;
     if (const auto& ttl = fields[field::ttl]) {
-        message.ttl = QDateTime::fromMSecsSinceEpoch(ttl.get_date().value.count());
+        message.ttl = times.at(ttl.get_date().value.count());
     }
-    message.timestamp = fromStoredSecs(fields[field::timestamp].get_int64().value);
-    message.time_detected = fromStoredSecs(fields[field::time_detected].get_int64().value);
+    message.timestamp = fromStoredSecs(fields[field::timestamp].get_int64().value, times);
+    message.time_detected = fromStoredSecs(fields[field::time_detected].get_int64().value, times);
     message.bs_timezone_offset = fields[field::bs_timezone_offset].get_int32().value;
     message.tag = text(fields[field::tag]);
     message.hw_type = text(fields[field::hw_type]);

@@ -5,6 +5,7 @@
 #include "model/dev_event.h"
 #include "model/dev_value.h"
 #include "model/dl_message.h"
+#include "model/local_times.h"
 #include "model/message.h"
 
 #include <bsoncxx/v1/array/value.hpp>
@@ -66,5 +67,8 @@ bsoncxx::v1::document::value toBson(const model::dev_event& event);
 /// other member must be there with the type that toBson writes, or bsoncxx::v1::exception is
 /// thrown. An "_id" that is not hexadecimal gives unique_id 0.
 model::message fromBsonUL(const bsoncxx::v1::document::view& document);
+
+/// As above, for the documents of one query, which share `times`.
+model::message fromBsonUL(const bsoncxx::v1::document::view& document, local_times& times);
 
 } // namespace bson_utils

@@ -8,6 +8,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <iterator>
 #include <limits>
 #include <string>
@@ -19,8 +20,21 @@ namespace {
 /// Levels, the document's own included, whose elements libbson renders (BSON_MAX_RECURSION).
 constexpr int maxDepth = 200;
 
+/// Room for the text of most nested values, so that it need not grow.
+constexpr std::size_t usualTextSize = 240;
+
 bool isAscii(std::string_view text) {
-    return std::ranges::all_of(text, [](char c) { return static_cast<signed char>(c) >= 0; });
+    std::uint64_t bits = 0;
+    std::size_t at = 0;
+    for (; at + sizeof bits <= text.size(); at += sizeof bits) {
+        std::uint64_t eight = 0;
+        std::memcpy(&eight, text.data() + at, sizeof eight);
+        bits |= eight;
+    }
+    for (; at < text.size(); ++at) {
+        bits |= static_cast<unsigned char>(text[at]);
+    }
+    return (bits & 0x8080808080808080U) == 0;
 }
 
 // libbson accepts the two-byte form of the zero character in values, not in keys.
@@ -38,9 +52,21 @@ bool needsEscape(char c) {
     return code < 0x20 || c == '"' || c == '\\' || code == 0xC0;
 }
 
+// Nothing to escape and nothing to check; what nearly every text and key is.
+bool isPlain(std::string_view text) {
+    bool plain = true;
+    for (const char c : text) {
+        plain &= c >= 0x20 && c != '"' && c != '\\';
+    }
+    return plain;
+}
+
 // As Qt's JSON parser decodes a string of libbson's text. It keeps a leading byte order mark only
 // if the text has an escape in it, which is how the parser chooses between its two ways.
 QString decodeUtf8(std::string_view text) {
+    if (isAscii(text)) {
+        return QString::fromLatin1(text.data(), static_cast<int>(text.size()));
+    }
     checkUtf8(text);
     if (text.find_first_of("\xC0\xEF") == std::string_view::npos) {
         return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
@@ -161,6 +187,7 @@ QJsonValue legacy_json::toValue() {
 QJsonDocument legacy_json::parsed() {
     static const QJsonDocument empty{QJsonObject{}};
     m_text.clear();
+    m_text.reserve(usualTextSize);
     write(m_element, 0);
     if (m_text == "{}" || !renderable()) {
         return empty;
@@ -365,6 +392,12 @@ void legacy_json::writeNumber(auto number) {
 }
 
 void legacy_json::writeString(std::string_view text) {
+    if (isPlain(text)) {
+        m_text += '"';
+        m_text += text;
+        m_text += '"';
+        return;
+    }
     checkUtf8(text);
     m_text += '"';
     while (!text.empty()) {

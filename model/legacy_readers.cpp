@@ -8,7 +8,7 @@
 
 #include <QJsonDocument>
 
-#include <algorithm>
+#include <utility>
 
 namespace bson_utils {
 
@@ -18,39 +18,48 @@ QDateTime utc(int secs) {
     return QDateTime::fromSecsSinceEpoch(secs, Qt::UTC);
 }
 
-QDateTime localTime(qint64 utcMsecs) {
-    return QDateTime::fromMSecsSinceEpoch(utcMsecs);
-}
-
-// What an empty document gives.
+// A record while its document is being read. The time of expiry is told apart, because an absent
+// one is not the same as one that no QDateTime can hold.
 template <typename Record>
-Record emptyRecord() {
-    Record record;
-    record.timestamp = utc(0);
-    record.ttl = localTime(0);
-    if constexpr (requires { record.extended_data; }) {
-        record.extended_data = QJsonDocument{QJsonObject{}};
+struct draft : Record {
+    bool hasTtl = false;
+};
+
+// Members that the document does not have are as reading an empty object gives them.
+template <typename Record>
+Record finished(draft<Record>&& read, local_times& times) {
+    if (!read.hasTtl) {
+        read.ttl = times.at(0);
     }
-    return record;
+    if (read.timestamp.isNull()) {
+        read.timestamp = utc(0);
+    }
+    if constexpr (requires { read.extended_data; }) {
+        if (read.extended_data.isNull()) {
+            read.extended_data = QJsonDocument{QJsonObject{}};
+        }
+    }
+    return std::move(read);
 }
 
-// Hands each element to `readField(record, key, element)`, which takes or skips it.
+// Hands each element to `readField(draft, key, element)`, which takes or skips it.
 template <typename Record, typename ReadField>
-Record read(const bsoncxx::v1::document::view& document, ReadField readField) {
-    Record record = emptyRecord<Record>();
+Record read(const bsoncxx::v1::document::view& document, local_times& times, ReadField readField) {
+    draft<Record> record;
     legacy_json element{document};
     while (element.next()) {
         readField(record, element.key(), element);
     }
-    return element.renderable() ? record : emptyRecord<Record>();
+    return finished(element.renderable() ? std::move(record) : draft<Record>{}, times);
 }
 
 } // namespace
 
-model::dl_message fromBsonDL(const bsoncxx::v1::document::view& document) {
+model::dl_message legacy_reader::readDL(const bsoncxx::v1::document::view& document) {
     namespace field = layout::dl_messages;
     return read<model::dl_message>(
-        document, [](model::dl_message& message, std::string_view key, legacy_json& element) {
+        document, m_times,
+        [this](draft<model::dl_message>& message, std::string_view key, legacy_json& element) {
             if (key == field::id) {
                 message.db_id = element.toOid();
             } else if (key == field::modem_id) {
@@ -68,7 +77,8 @@ model::dl_message fromBsonDL(const bsoncxx::v1::document::view& document) {
             } else if (key == field::payload) {
                 message.payload = QByteArray::fromHex(element.toString().toLatin1());
             } else if (key == field::ttl) {
-                message.ttl = localTime(element.toDateMsecs());
+                message.ttl = m_times.at(element.toDateMsecs());
+                message.hasTtl = true;
             } else if (key == field::timestamp) {
                 message.timestamp = utc(element.toInt());
             } else {
@@ -77,10 +87,11 @@ model::dl_message fromBsonDL(const bsoncxx::v1::document::view& document) {
         });
 }
 
-model::dev_value fromBsonValue(const bsoncxx::v1::document::view& document) {
+model::dev_value legacy_reader::readValue(const bsoncxx::v1::document::view& document) {
     namespace field = layout::eav_values;
     return read<model::dev_value>(
-        document, [](model::dev_value& value, std::string_view key, legacy_json& element) {
+        document, m_times,
+        [this](draft<model::dev_value>& value, std::string_view key, legacy_json& element) {
             if (key == field::modem_id) {
                 value.modem_id = element.toInt();
             } else if (key == field::message_id) {
@@ -94,7 +105,8 @@ model::dev_value fromBsonValue(const bsoncxx::v1::document::view& document) {
             } else if (key == field::extended_data) {
                 value.extended_data = QJsonDocument{element.toObject()};
             } else if (key == field::ttl) {
-                value.ttl = localTime(element.toDateMsecs());
+                value.ttl = m_times.at(element.toDateMsecs());
+                value.hasTtl = true;
             } else if (key == field::value) {
                 value.value = toVariantOfDoubles(element.toValue());
             } else {
@@ -103,10 +115,11 @@ model::dev_value fromBsonValue(const bsoncxx::v1::document::view& document) {
         });
 }
 
-model::dev_event fromBsonEvent(const bsoncxx::v1::document::view& document) {
+model::dev_event legacy_reader::readEvent(const bsoncxx::v1::document::view& document) {
     namespace field = layout::eav_events;
     return read<model::dev_event>(
-        document, [](model::dev_event& event, std::string_view key, legacy_json& element) {
+        document, m_times,
+        [this](draft<model::dev_event>& event, std::string_view key, legacy_json& element) {
             if (key == field::modem_id) {
                 event.modem_id = element.toInt();
             } else if (key == field::timestamp) {
@@ -122,11 +135,24 @@ model::dev_event fromBsonEvent(const bsoncxx::v1::document::view& document) {
             } else if (key == field::extended_data) {
                 event.extended_data = QJsonDocument{element.toObject()};
             } else if (key == field::ttl) {
-                event.ttl = localTime(element.toDateMsecs());
+                event.ttl = m_times.at(element.toDateMsecs());
+                event.hasTtl = true;
             } else {
                 element.skip();
             }
         });
+}
+
+model::dl_message fromBsonDL(const bsoncxx::v1::document::view& document) {
+    return legacy_reader{}.readDL(document);
+}
+
+model::dev_value fromBsonValue(const bsoncxx::v1::document::view& document) {
+    return legacy_reader{}.readValue(document);
+}
+
+model::dev_event fromBsonEvent(const bsoncxx::v1::document::view& document) {
+    return legacy_reader{}.readEvent(document);
 }
 
 } // namespace bson_utils

@@ -3,6 +3,7 @@
 #include "model/dev_event.h"
 #include "model/dev_value.h"
 #include "model/dl_message.h"
+#include "model/local_times.h"
 
 #include <bsoncxx/v1/document/view.hpp>
 
@@ -25,5 +26,16 @@ model::dev_value fromBsonValue(const bsoncxx::v1::document::view& document);
 
 /// One document of "eav_events".
 model::dev_event fromBsonEvent(const bsoncxx::v1::document::view& document);
+
+/// The same for the documents of one query, which share what is known of local times.
+class legacy_reader {
+public:
+    model::dl_message readDL(const bsoncxx::v1::document::view& document);
+    model::dev_value readValue(const bsoncxx::v1::document::view& document);
+    model::dev_event readEvent(const bsoncxx::v1::document::view& document);
+
+private:
+    local_times m_times;
+};
 
 } // namespace bson_utils

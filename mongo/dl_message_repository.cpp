@@ -93,6 +93,7 @@ DLMessageRepository::GetNotAckCommands(const model::filter_dl& filter) {
 std::shared_ptr<std::map<int, std::list<model::dl_message>>>
 DLMessageRepository::findByDevice(const model::filter_dl& filter, acknowledged which) {
     auto commands = std::make_shared<std::map<int, std::list<model::dl_message>>>();
+    bson_utils::legacy_reader reader;
     for (const int modem_id : filter.modem_ids) {
         bson_builder query;
         query.appendInt32(field::modem_id, modem_id);
@@ -106,7 +107,7 @@ DLMessageRepository::findByDevice(const model::filter_dl& filter, acknowledged w
         auto cursor = m_database.collection(field::collection)
                           .find(query.take(), newestFirst(field::timestamp, filter.limit));
         for (const auto& document : cursor) {
-            (*commands)[modem_id].push_back(bson_utils::fromBsonDL(document));
+            (*commands)[modem_id].push_back(reader.readDL(document));
         }
     }
     return commands;

@@ -70,6 +70,7 @@ EAVRepositoryMongo::GetValues(const model::filter_eav& filter) {
 void EAVRepositoryMongo::findFirstAndLast(const model::filter_eav& filter,
                                           values_by_device& found) {
     auto collection = m_database.collection(value_field::collection);
+    bson_utils::legacy_reader reader;
     for (const int modem_id : filter.modem_ids) {
         for (const QString& obis_code : filter.obis_codes) {
             bson_builder builder;
@@ -88,7 +89,7 @@ void EAVRepositoryMongo::findFirstAndLast(const model::filter_eav& filter,
                  {newestFirst(value_field::timestamp, 1), oldestFirst(value_field::timestamp, 1)}) {
                 auto cursor = collection.find(query, options);
                 for (const auto& document : cursor) {
-                    found[modem_id].push_back(bson_utils::fromBsonValue(document));
+                    found[modem_id].push_back(reader.readValue(document));
                 }
             }
         }
@@ -107,8 +108,9 @@ void EAVRepositoryMongo::findPlain(const model::filter_eav& filter, values_by_de
     }
     auto cursor = m_database.collection(value_field::collection)
                       .find(query.take(), newestFirst(value_field::timestamp, filter.limit));
+    bson_utils::legacy_reader reader;
     for (const auto& document : cursor) {
-        model::dev_value value = bson_utils::fromBsonValue(document);
+        model::dev_value value = reader.readValue(document);
         found[value.modem_id].push_back(std::move(value));
     }
 }
@@ -126,8 +128,9 @@ EAVRepositoryMongo::GetEvents(const model::filter_eav& filter) {
         }
         auto cursor = m_database.collection(event_field::collection)
                           .find(query.take(), newestFirst(event_field::timestamp, filter.limit));
+        bson_utils::legacy_reader reader;
         for (const auto& document : cursor) {
-            model::dev_event event = bson_utils::fromBsonEvent(document);
+            model::dev_event event = reader.readEvent(document);
             (*events)[event.modem_id].push_back(std::move(event));
         }
     }

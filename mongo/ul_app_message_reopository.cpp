@@ -39,8 +39,9 @@ ULAPPMessageRepository::GetMessages(const model::filter_roll& filter) {
 
     auto cursor = m_database.collection(field::collection)
                       .find(query.take(), newestFirst(time, filter.limit));
+    bson_utils::local_times times;
     for (const auto& document : cursor) {
-        model::message message = bson_utils::fromBsonUL(document);
+        model::message message = bson_utils::fromBsonUL(document, times);
         (*messages)[message.modem_id].push_back(std::move(message));
     }
     log.write(QStringLiteral("Get UL messages executed in %1ms"));

@@ -1,0 +1,126 @@
+#include "model/json_typing.h"
+
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonValue>
+#include <QString>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <string_view>
+
+namespace bson_utils {
+
+namespace {
+
+/// Fewer than libbson's reader takes; deeper documents are its business.
+constexpr int maxDepth = 64;
+
+/// From here on a double does not tell which whole number was meant.
+constexpr double wholeLimit = 9007199254740992.0;
+
+/// Far above the smallest numbers, which strtod() reports as out of range.
+constexpr double fractionLimit = 1e-290;
+
+bool isOrdinary(const QString& text) {
+    return std::none_of(text.begin(), text.end(),
+                        [](QChar c) { return c.isNull() || c.isSurrogate(); });
+}
+
+bool appendNumber(bson_builder& parent, std::string_view key, double number) {
+    const double magnitude = std::abs(number);
+    // The negation is for not-a-number.
+    if (!(magnitude < wholeLimit) || (number == 0 && std::signbit(number))) {
+        return false;
+    }
+    if (std::trunc(number) != number) {
+        parent.appendDouble(key, number);
+        return magnitude > fractionLimit;
+    }
+    if (number >= std::numeric_limits<std::int32_t>::min() &&
+        number <= std::numeric_limits<std::int32_t>::max()) {
+        parent.appendInt32(key, static_cast<std::int32_t>(number));
+    } else {
+        parent.appendInt64(key, static_cast<std::int64_t>(number));
+    }
+    return true;
+}
+
+bool appendMembers(bson_builder& document, const QJsonObject& json, int depth);
+bool appendElements(bson_builder& array, const QJsonArray& json, int depth);
+
+bool appendValue(bson_builder& parent, std::string_view key, const QJsonValue& value, int depth) {
+    bool ordinary = depth < maxDepth;
+    switch (value.type()) {
+    case QJsonValue::Null:
+        parent.appendNull(key);
+        break;
+    case QJsonValue::Bool:
+        parent.appendBool(key, value.toBool());
+        break;
+    case QJsonValue::Double:
+        return appendNumber(parent, key, value.toDouble());
+    case QJsonValue::String: {
+        const QString text = value.toString();
+        parent.appendString(key, text);
+        return isOrdinary(text);
+    }
+    case QJsonValue::Array:
+        if (ordinary) {
+            parent.appendArray(key, [&](bson_builder& array) {
+                ordinary = appendElements(array, value.toArray(), depth + 1);
+            });
+        }
+        break;
+    case QJsonValue::Object:
+        if (ordinary) {
+            parent.appendDocument(key, [&](bson_builder& document) {
+                ordinary = appendMembers(document, value.toObject(), depth + 1);
+            });
+        }
+        break;
+    case QJsonValue::Undefined:
+        return false;
+    }
+    return ordinary;
+}
+
+bool appendMembers(bson_builder& document, const QJsonObject& json, int depth) {
+    for (auto member = json.constBegin(); member != json.constEnd(); ++member) {
+        const QString key = member.key();
+        if (key.isEmpty() || key.startsWith(QLatin1Char('$')) || !isOrdinary(key)) {
+            return false;
+        }
+        const QByteArray utf8 = key.toUtf8();
+        if (!appendValue(document, {utf8.constData(), static_cast<std::size_t>(utf8.size())},
+                         member.value(), depth)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool appendElements(bson_builder& array, const QJsonArray& json, int depth) {
+    for (int index = 0; index < json.size(); ++index) {
+        std::array<char, 12> digits{};
+        const auto* const end =
+            std::to_chars(digits.data(), digits.data() + digits.size(), index).ptr;
+        if (!appendValue(array, {digits.data(), static_cast<std::size_t>(end - digits.data())},
+                         json.at(index), depth)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool appendAsTextWouldRead(bson_builder& document, const QJsonObject& json) {
+    return appendMembers(document, json, 0);
+}
+
+} // namespace bson_utils
