@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QUrl>
+
+#include <memory>
+#include <string>
+
+struct redisContext;
+struct redisReply;
+
+namespace bench {
+
+/// A bare hiredis connection: what the Redis stores are measured against.
+///
+/// Owns its socket; one thread at a time. Throws std::runtime_error when there is no answer or the
+/// answer is an error.
+class RawRedis {
+public:
+    struct ReplyDeleter {
+        void operator()(redisReply* reply) const noexcept;
+    };
+    using Reply = std::unique_ptr<redisReply, ReplyDeleter>;
+
+    /// redis://[:PASSWORD@]HOST[:PORT]
+    explicit RawRedis(const QUrl& url);
+
+    /// The bytes of a command as they are sent.
+    static std::string wire(const QList<QByteArray>& command);
+
+    /// Sends a command that is ready, and takes the answer.
+    Reply send(const std::string& wire);
+    Reply run(const QList<QByteArray>& command) { return send(wire(command)); }
+
+    void select(int db);
+
+private:
+    struct ContextDeleter {
+        void operator()(redisContext* context) const noexcept;
+    };
+
+    std::unique_ptr<redisContext, ContextDeleter> m_context;
+};
+
+} // namespace bench

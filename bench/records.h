@@ -1,0 +1,62 @@
+#pragma once
+
+#include "model/dev_event.h"
+#include "model/dev_value.h"
+#include "model/dl_message.h"
+#include "model/dl_queues.h"
+#include "model/message.h"
+
+#include <QJsonDocument>
+#include <QString>
+
+#include <cstddef>
+#include <vector>
+
+/// The records that are stored and read: those of real meters, as the reference host makes them,
+/// and made-up ones where there is nothing real.
+///
+/// Longer lists than the files give repeat them with other ids and times. All times are whole
+/// seconds; everything expires 12 hours after the program's start. Throws host::Failure if a file
+/// is missing or holds anything but what it should.
+namespace bench {
+
+/// One message for each telegram of a real meter.
+std::vector<model::message> telegramMessages();
+
+/// `count` messages of those meters; unique_id counts up from `firstId`, timestamps go back.
+std::vector<model::message> messages(std::size_t count, quint64 firstId);
+
+/// The readings that one real meter sent in less than five minutes.
+std::vector<model::dev_value> meterValues();
+
+/// `count` of them, each round later than the last one, by ten devices.
+std::vector<model::dev_value> values(std::size_t count);
+
+/// Two numeric readings at different times for each device 1…`devices` and each of `obisCodes`.
+std::vector<model::dev_value> numericValues(int devices, const std::vector<QString>& obisCodes);
+
+/// The OBIS codes under which the real meter sends numbers, at most `count`.
+std::vector<QString> numericObisCodes(std::size_t count);
+
+/// Status changes and alarms, made up, of ten devices.
+std::vector<model::dev_event> events(std::size_t count);
+
+/// Requests to devices with their arguments, made up; device i / perDevice, all pending.
+std::vector<model::dl_message> commands(std::size_t count, std::size_t perDevice);
+
+/// The queues of one device: two queues with three elements each.
+model::dl_queues queues(int device);
+
+/// A made-up document.
+struct MadeUp {
+    QString name;
+    QJsonDocument json;
+};
+
+/// Deeply nested, with many keys, with long texts, with long lists.
+std::vector<MadeUp> madeUpDocuments();
+
+/// The telegrams' messages with one of those documents as `data`.
+std::vector<model::message> messagesWith(const QJsonDocument& data);
+
+} // namespace bench

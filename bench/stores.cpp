@@ -1,0 +1,152 @@
+#include "bench/stores.h"
+
+#include "model/bson_builder.h"
+#include "mongo/store_layout.h"
+
+#include <bsoncxx/v1/types/view.hpp>
+#include <hiredis/hiredis.h>
+#include <mongocxx/v1/uri.hpp>
+
+#include <QRegularExpression>
+
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+
+namespace bench {
+
+namespace {
+
+std::string environment(const char* name) {
+    const char* value = std::getenv(name);
+    if (value == nullptr || *value == '\0') {
+        throw std::runtime_error(std::string(name) +
+                                 " is not set; ./dev bench starts servers and sets it");
+    }
+    return value;
+}
+
+QUrl redisUrl() {
+    return QUrl(QString::fromStdString(environment("REDIS_URL")));
+}
+
+QJsonObject settings() {
+    const QUrl redis = redisUrl();
+    return {
+        {QStringLiteral("url"), QString::fromStdString(environment("MONGODB_URL"))},
+        {QStringLiteral("redis"),
+         QJsonObject{
+             {QStringLiteral("host"), redis.host()},
+             {QStringLiteral("port"), redis.port(6379)},
+             {QStringLiteral("auth"), redis.password()},
+             {QStringLiteral("cleint_db"), Stores::clientDb},
+             {QStringLiteral("state_db"), Stores::stateDb},
+             {QStringLiteral("queue_db"), Stores::queueDb},
+         }},
+    };
+}
+
+void refuseForeignDocuments(mongocxx::v1::database database) {
+    const char* allowed = std::getenv("KELVRO_ALLOW_DROP");
+    if (allowed != nullptr && std::string_view(allowed) == "1") {
+        return;
+    }
+    if (!database.list_collection_names().empty()) {
+        throw std::runtime_error(
+            "the server of MONGODB_URL has a database \"kelvrostorage\" with collections in it, "
+            "which the benchmarks would drop; KELVRO_ALLOW_DROP=1 allows that");
+    }
+}
+
+void refuseForeignKeys(RawRedis& redis) {
+    for (const int db : {Stores::clientDb, Stores::stateDb, Stores::queueDb}) {
+        redis.select(db);
+        if (redis.run({"DBSIZE"})->integer != 0) {
+            throw std::runtime_error("database " + std::to_string(db) +
+                                     " of the server of REDIS_URL has keys in it, which the "
+                                     "benchmarks would delete");
+        }
+    }
+}
+
+} // namespace
+
+Stores::Stores()
+    : m_client(mongocxx::v1::uri(environment("MONGODB_URL"))), m_redis(redisUrl()),
+      m_plugin(QString::fromStdString(environment("KELVROSTORAGE_PLUGIN"))) {
+    refuseForeignDocuments(database());
+    refuseForeignKeys(m_redis);
+    database().drop();
+    const QJsonObject json = settings();
+    auto& factory = m_plugin.factory();
+    m_messages = factory.CreateMessageDatabaseInst(json, nullptr);
+    m_eav = factory.CreateEavDatabaseInst(json, nullptr);
+    m_driverState = factory.CreateDriverStateInst(json, nullptr);
+    m_clients = factory.CreateClientDatabaseInst(json, nullptr);
+}
+
+Stores::~Stores() {
+    try {
+        database().drop();
+        for (const int db : {clientDb, stateDb, queueDb}) {
+            emptyRedis(db);
+        }
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "cannot remove what the benchmarks stored: %s\n", error.what());
+    }
+}
+
+mongocxx::v1::database Stores::database() {
+    return m_client.database(mongo::databaseName);
+}
+
+mongocxx::v1::collection Stores::raw(std::string_view collection) {
+    return database().collection(collection);
+}
+
+mongocxx::v1::collection Stores::fresh(std::string_view collection,
+                                       std::span<const layout::index> indexes) {
+    auto made = raw(collection);
+    made.drop();
+    mongo::createIndexes(made, indexes);
+    return made;
+}
+
+RawRedis& Stores::emptyRedis(int db) {
+    m_redis.select(db);
+    m_redis.run({"FLUSHDB"});
+    return m_redis;
+}
+
+QJsonObject Stores::versions() {
+    const auto text = [](const bsoncxx::v1::element::view& element) {
+        const auto string = element.get_string().value;
+        return QString::fromUtf8(string.data(), static_cast<int>(string.size()));
+    };
+    bson_utils::bson_builder command;
+    command.appendInt32("buildInfo", 1);
+    const auto info = database().run_command(command.take());
+    QJsonObject versions{{QStringLiteral("MongoDB interface"), text(info["version"])}};
+    if (const auto ferret = info["ferretdb"]) {
+        versions.insert(QStringLiteral("FerretDB"), text(ferret.get_document().value["version"]));
+    }
+    const auto redis = m_redis.run({"INFO", "server"});
+    const auto found = QRegularExpression(QStringLiteral("redis_version:([^\r\n]*)"))
+                           .match(QString::fromLatin1(redis->str, static_cast<int>(redis->len)));
+    versions.insert(QStringLiteral("Redis"), found.captured(1));
+    return versions;
+}
+
+std::size_t countDocuments(mongocxx::v1::collection& collection) {
+    return static_cast<std::size_t>(collection.count_documents(bsoncxx::v1::document::view{}));
+}
+
+void requireDocuments(mongocxx::v1::collection& collection, std::size_t expected) {
+    const std::size_t stored = countDocuments(collection);
+    if (stored != expected) {
+        throw std::runtime_error("the collection holds " + std::to_string(stored) +
+                                 " documents instead of " + std::to_string(expected));
+    }
+}
+
+} // namespace bench
