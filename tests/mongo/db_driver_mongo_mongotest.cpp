@@ -187,13 +187,14 @@ TEST_F(MessageDatabase, TwoObjectsSeeTheSameStore) {
 
 // Deliberate: every host finds its data in the same place.
 TEST_F(MessageDatabase, ADatabaseNamedInTheUrlIsNotUsed) {
-    const std::string elsewhere = "kelvro_test_elsewhere";
-    mongo::DbDriverMongo named{mongoUrlOfDatabase(elsewhere)};
+    mongo_database elsewhere{uniqueDatabaseName()};
+    mongo::DbDriverMongo named{mongoUrlOfDatabase(elsewhere.name())};
     named.CreateDatabase();
     named.UlMessageRepository()->SaveMessage(uplink{.id = 0xabc});
 
     EXPECT_EQ(database.count(uplinks, R"({"_id": "abc"})"), 1);
-    EXPECT_THAT(mongo_database{elsewhere}.collections(), IsEmpty());
+    EXPECT_THAT(elsewhere.collections(), IsEmpty());
+    elsewhere.drop();
 }
 
 TEST_F(MessageDatabase, ASaveBetweenBeginAndRollbackStaysStored) {

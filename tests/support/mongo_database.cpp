@@ -34,16 +34,7 @@ using namespace literals;
 namespace {
 
 void needInstance() {
-    // Never destroyed: a shared pointer of a static fixture may release a client after main.
-    static const auto* const instance = new mongocxx::v1::instance;
-    (void)instance;
-}
-
-std::string uniqueName() {
-    std::random_device random;
-    std::ostringstream name;
-    name << "kelvro_test_" << getpid() << '_' << std::hex << random();
-    return name.str();
+    static const mongocxx::v1::instance instance;
 }
 
 // Splits mongodb://hosts/database?options after the hosts; the slash may be missing.
@@ -133,6 +124,13 @@ std::string unreachableMongoUrl() {
     return "mongodb://127.0.0.1:1/?serverSelectionTimeoutMS=200&connectTimeoutMS=200";
 }
 
+std::string uniqueDatabaseName() {
+    std::random_device random;
+    std::ostringstream name;
+    name << "kelvro_test_" << getpid() << '_' << std::hex << random();
+    return name.str();
+}
+
 mongo_database::mongo_database(std::string name)
     : m_name(std::move(name)), m_client(mongocxx::v1::uri{mongoUrl()}) {}
 
@@ -216,7 +214,7 @@ std::vector<std::string> mongo_database::collections() {
     return names;
 }
 
-UniqueMongoDatabase::UniqueMongoDatabase() : database(uniqueName()) {}
+UniqueMongoDatabase::UniqueMongoDatabase() : database(uniqueDatabaseName()) {}
 
 UniqueMongoDatabase::~UniqueMongoDatabase() {
     database.drop();

@@ -30,6 +30,9 @@ std::string mongoUrlOfDatabase(std::string_view database);
 /// A server that does not answer, given up after a fraction of a second.
 std::string unreachableMongoUrl();
 
+/// A name that no other test takes.
+std::string uniqueDatabaseName();
+
 /// An index as the server lists it, in extended JSON.
 struct listed_index {
     std::string name;
