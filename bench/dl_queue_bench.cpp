@@ -16,17 +16,19 @@ Queues queuesOf(std::size_t size) {
     return all;
 }
 
-std::shared_ptr<StoredDevices> storeQueues(Stores& stores, const Queues& queues) {
+std::shared_ptr<StoredDevices> storeQueues(Stores& stores, const Queues& queues, Copies copies) {
     auto& queue = *stores.driverState().DLqueue();
     return storeDevices(
-        stores, Stores::queueDb, layout::dl_queues::collection, queues.size(),
-        [&](int device) { queue.Push(device, queues[static_cast<std::size_t>(device)], true); },
+        stores, Stores::queueDb, layout::dl_queues::collection, queues.size(), copies,
+        [&](int device) {
+            queue.Push(device, queues[static_cast<std::size_t>(device)], copies == Copies::kept);
+        },
         [](int device) { return QByteArray::number(device); });
 }
 
 Contest push(Stores& stores, std::size_t size, bool persist) {
     const auto queues = queuesOf(size);
-    const auto devices = storeQueues(stores, queues);
+    const auto devices = storeQueues(stores, queues, persist ? Copies::kept : Copies::none);
     return callByCall(
         size,
         [&queue = *stores.driverState().DLqueue(), queues, persist](std::size_t device) {
@@ -36,7 +38,8 @@ Contest push(Stores& stores, std::size_t size, bool persist) {
 }
 
 Contest pull(Stores& stores, std::size_t size, bool fromCopy) {
-    const auto devices = storeQueues(stores, queuesOf(size));
+    const auto devices =
+        storeQueues(stores, queuesOf(size), fromCopy ? Copies::kept : Copies::none);
     if (fromCopy) {
         stores.emptyRedis(Stores::queueDb);
     }

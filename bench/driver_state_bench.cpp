@@ -29,22 +29,22 @@ void setValues(interfaces::IDriverState& state, int device, const QJsonObject& r
     }
 }
 
-std::shared_ptr<StoredDevices> storeStates(Stores& stores, std::size_t size) {
+std::shared_ptr<StoredDevices> storeStates(Stores& stores, std::size_t size, Copies copies) {
     auto& state = stores.driverState();
     state.SetPrefix(QStringLiteral("bench:state"));
     const auto meters = telegramMessages();
     return storeDevices(
-        stores, Stores::stateDb, layout::states::collection, size,
+        stores, Stores::stateDb, layout::states::collection, size, copies,
         [&](int device) {
             setValues(state, device,
                       meters[static_cast<std::size_t>(device) % meters.size()].data.object());
-            state.Push(device, true);
+            state.Push(device, copies == Copies::kept);
         },
         keyOf);
 }
 
 Contest push(Stores& stores, std::size_t size, bool persist) {
-    const auto devices = storeStates(stores, size);
+    const auto devices = storeStates(stores, size, persist ? Copies::kept : Copies::none);
     return callByCall(
         size,
         [&state = stores.driverState(), persist](std::size_t device) {
@@ -54,7 +54,7 @@ Contest push(Stores& stores, std::size_t size, bool persist) {
 }
 
 Contest pull(Stores& stores, std::size_t size, bool fromCopy) {
-    const auto devices = storeStates(stores, size);
+    const auto devices = storeStates(stores, size, fromCopy ? Copies::kept : Copies::none);
     if (fromCopy) {
         stores.emptyRedis(Stores::stateDb);
     }
@@ -67,7 +67,7 @@ Contest pull(Stores& stores, std::size_t size, bool fromCopy) {
 }
 
 Contest getAllStates(Stores& stores, std::size_t size) {
-    const auto devices = storeStates(stores, size);
+    const auto devices = storeStates(stores, size, Copies::none);
     QList<QByteArray> allStates{"MGET"};
     for (int device = 0; device < static_cast<int>(size); ++device) {
         allStates.append(keyOf(device));

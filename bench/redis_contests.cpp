@@ -1,6 +1,7 @@
 #include "bench/redis_contests.h"
 
 #include "model/persistent_layout.h"
+#include "mongo/query.h"
 
 #include <bsoncxx/v1/types/view.hpp>
 #include <hiredis/hiredis.h>
@@ -34,7 +35,7 @@ bsoncxx::v1::document::value update(int device, const bsoncxx::v1::document::vie
 } // namespace
 
 std::shared_ptr<StoredDevices> storeDevices(Stores& stores, int db, std::string_view collection,
-                                            std::size_t size,
+                                            std::size_t size, Copies copies,
                                             const std::function<void(int device)>& push,
                                             const std::function<QByteArray(int device)>& keyOf) {
     auto devices = std::make_shared<StoredDevices>();
@@ -45,16 +46,20 @@ std::shared_ptr<StoredDevices> storeDevices(Stores& stores, int db, std::string_
         push(device);
         const QByteArray key = keyOf(device);
         const auto text = devices->redis->run({"GET", key});
-        auto query = queryById(device);
-        const auto copy = devices->copies->find_one(query);
-        if (text->type != REDIS_REPLY_STRING || !copy) {
-            throw std::runtime_error("the plug-in has not stored the device's object");
+        if (text->type != REDIS_REPLY_STRING) {
+            throw std::runtime_error("the plug-in has not stored the device's object in Redis");
         }
-        devices->gets.push_back(RawRedis::wire({"GET", key}));
         const QByteArray json(text->str, static_cast<int>(text->len));
+        devices->gets.push_back(RawRedis::wire({"GET", key}));
         devices->sets.push_back(RawRedis::wire({"SET", key, json}));
-        devices->updates.push_back(update(device, (*copy)[field::state].get_document().value));
-        devices->queries.push_back(std::move(query));
+    }
+    requireDocuments(*devices->copies, copies == Copies::kept ? size : 0);
+    auto cursor =
+        devices->copies->find(bsoncxx::v1::document::view{}, mongo::oldestFirst(field::id, 0));
+    for (const auto& copy : cursor) {
+        const int device = copy[field::id].get_int32().value;
+        devices->queries.push_back(queryById(device));
+        devices->updates.push_back(update(device, copy[field::state].get_document().value));
     }
     return devices;
 }

@@ -15,7 +15,8 @@ namespace bench {
 
 /// Where the copies of a device are, and the commands and documents that the baseline sends for it.
 ///
-/// They are what the plug-in itself has stored, so both sides store the same.
+/// They are what the plug-in itself has stored, so both sides store the same. Without copies there
+/// are no queries and no updates.
 struct StoredDevices {
     RawRedis* redis = nullptr;
     std::shared_ptr<mongocxx::v1::collection> copies;
@@ -25,10 +26,12 @@ struct StoredDevices {
     Documents updates;
 };
 
-/// Empties the Redis database and the collection, has `push(device)` store the devices 0…size-1 in
-/// both, and looks at what is there. `keyOf(device)` is the key in Redis.
+enum class Copies { none, kept };
+
+/// Empties the Redis database and the collection, has `push(device)` store the devices 0…size-1,
+/// with copies if they are wanted, and looks at what is there. `keyOf(device)` is the key in Redis.
 std::shared_ptr<StoredDevices> storeDevices(Stores& stores, int db, std::string_view collection,
-                                            std::size_t size,
+                                            std::size_t size, Copies copies,
                                             const std::function<void(int device)>& push,
                                             const std::function<QByteArray(int device)>& keyOf);
 

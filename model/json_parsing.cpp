@@ -48,6 +48,8 @@ character kindOf(char c) {
 /// Each part is false, and the text of no use, where the parser would not do.
 class writer {
 public:
+    explicit writer(std::size_t usualSize) { m_text.reserve(usualSize); }
+
     bool writeMembers(bson_iter_t members, int depth) {
         m_text += '{';
         for (bool first = true; bson_iter_next(&members); first = false) {
@@ -174,12 +176,13 @@ std::optional<QJsonObject> parsedObject(const bsoncxx::v1::document::view& docum
     if (!bson_iter_init_from_data(&members, document.data(), document.size())) {
         return std::nullopt;
     }
-    writer json;
+    // Rarely is the text longer than that.
+    writer json{2 * document.size()};
     if (!json.writeMembers(members, 0)) {
         return std::nullopt;
     }
     const std::string& text = json.text();
-    QJsonParseError error;
+    QJsonParseError error{};
     const auto parsed = QJsonDocument::fromJson(
         QByteArray::fromRawData(text.data(), static_cast<int>(text.size())), &error);
     if (error.error != QJsonParseError::NoError) {
