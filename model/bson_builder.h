@@ -43,16 +43,16 @@ public:
 
     /// Appends an embedded document or array that `fill(bson_builder&)` writes.
     template <typename Fill>
-    void appendDocument(std::string_view key, Fill&& fill)
-        requires std::is_invocable_v<Fill, bson_builder&>
+    void appendDocument(std::string_view key, const Fill& fill)
+        requires std::is_invocable_v<const Fill&, bson_builder&>
     {
         bson_builder child{*this, key, nesting::document};
         fill(child);
         child.close();
     }
     template <typename Fill>
-    void appendArray(std::string_view key, Fill&& fill)
-        requires std::is_invocable_v<Fill, bson_builder&>
+    void appendArray(std::string_view key, const Fill& fill)
+        requires std::is_invocable_v<const Fill&, bson_builder&>
     {
         bson_builder child{*this, key, nesting::array};
         fill(child);
@@ -74,7 +74,7 @@ private:
     void close();
     void check(bool appended, std::string_view key) const;
 
-    bson_t m_document;
+    bson_t m_document{};
     bson_builder* m_parent = nullptr;
     nesting m_kind = nesting::document;
 };

@@ -148,7 +148,7 @@ QDateTime fromStoredSecs(std::int64_t secs, local_times& times) {
 
 } // namespace
 
-void bsonAppend(bson_builder& document, std::string key, const QVariant& value) {
+void bsonAppend(bson_builder& document, std::string_view key, const QVariant& value) {
     switch (value.type()) {
     case QVariant::Invalid:
         document.appendUtf8(key, "invalid type");
@@ -281,7 +281,7 @@ bsoncxx::v1::document::value toBson(const model::dev_value& value) {
     document.appendInt64(field::val_type, value.value.type());
     document.appendDocument(field::extended_data, toBson(value.extended_data));
     document.appendDate(field::ttl, value.ttl.toMSecsSinceEpoch());
-    bsonAppend(document, std::string{field::value}, value.value);
+    bsonAppend(document, field::value, value.value);
     return document.take();
 }
 

@@ -20,7 +20,7 @@
 #include <QJsonValue>
 #include <QVariant>
 
-#include <string>
+#include <string_view>
 
 /// Conversions between Qt's JSON and variant types, the records, and BSON.
 ///
@@ -34,7 +34,7 @@ namespace bson_utils {
 /// Appends one value. Bool, Double and String keep their type; Int, UInt and LongLong become an
 /// int32, narrowed if need be; an invalid variant becomes the text "invalid type". Any other type
 /// is logged at debug level and becomes the text "unknown type".
-void bsonAppend(bson_builder& document, std::string key, const QVariant& value);
+void bsonAppend(bson_builder& document, std::string_view key, const QVariant& value);
 
 /// By way of JSON text and libbson's reader, so whole numbers become int32 or int64, nulls are kept
 /// and the wrapper objects {"$date": …} and {"$oid": …} become dates and ObjectIds. An empty

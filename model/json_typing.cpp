@@ -27,8 +27,7 @@ constexpr double wholeLimit = 9007199254740992.0;
 constexpr double fractionLimit = 1e-290;
 
 bool isOrdinary(const QString& text) {
-    return std::none_of(text.begin(), text.end(),
-                        [](QChar c) { return c.isNull() || c.isSurrogate(); });
+    return std::ranges::none_of(text, [](QChar c) { return c.isNull() || c.isSurrogate(); });
 }
 
 bool appendNumber(bson_builder& parent, std::string_view key, double number) {

@@ -67,7 +67,7 @@ private:
     double finite(double number);
     bool advance(bson_iter_t& element, int depth);
 
-    bson_iter_t m_element;
+    bson_iter_t m_element{};
     /// The current nested value as compact JSON.
     std::string m_text;
     bool m_renderable = true;

@@ -78,7 +78,7 @@ void insert(QJsonObject& json, const char* key, const QJsonValue& value) {
 }
 
 QJsonValue seconds(const QDateTime& time) {
-    return QJsonValue{static_cast<qint64>(time.toSecsSinceEpoch())};
+    return QJsonValue{time.toSecsSinceEpoch()};
 }
 
 QJsonValue hexText(const QByteArray& bytes) {

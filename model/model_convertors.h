@@ -23,33 +23,33 @@ namespace model_convertors {
 
 /// Defined for the six records declared below.
 template <typename Record>
-Record fromJson(const QJsonObject& json);
+Record fromJson(const QJsonObject& object);
 
 /// The status is read from "status" as a number; `timestamp` is the current time in UTC. `ttl`,
 /// `db_id` and `extra_text` stay empty.
 template <>
-Q_DECL_EXPORT model::dl_message fromJson<model::dl_message>(const QJsonObject& json);
+Q_DECL_EXPORT model::dl_message fromJson<model::dl_message>(const QJsonObject& object);
 
 /// Times in UTC.
 template <>
-Q_DECL_EXPORT model::hb_message fromJson<model::hb_message>(const QJsonObject& json);
+Q_DECL_EXPORT model::hb_message fromJson<model::hb_message>(const QJsonObject& object);
 
 /// Times in UTC.
 template <>
-Q_DECL_EXPORT model::in_message fromJson<model::in_message>(const QJsonObject& json);
+Q_DECL_EXPORT model::in_message fromJson<model::in_message>(const QJsonObject& object);
 
 /// Not the inverse of toJson: times are in local time, "payload" is taken as it stands (no
 /// hexadecimal) and "hw_type" is a number whose low 8 bits are the one character of the text.
 template <>
-Q_DECL_EXPORT model::message fromJson<model::message>(const QJsonObject& json);
+Q_DECL_EXPORT model::message fromJson<model::message>(const QJsonObject& object);
 
 template <>
-Q_DECL_EXPORT model::custom_cmd fromJson<model::custom_cmd>(const QJsonObject& json);
+Q_DECL_EXPORT model::custom_cmd fromJson<model::custom_cmd>(const QJsonObject& object);
 
 /// A queue's settings ("repeat", "start_from", "status", "timeout") and its elements are members
 /// of one object; a member that is an object is an element, whatever its name.
 template <>
-Q_DECL_EXPORT model::dl_queues fromJson<model::dl_queues>(const QJsonObject& json);
+Q_DECL_EXPORT model::dl_queues fromJson<model::dl_queues>(const QJsonObject& object);
 
 /// `extended_data` is not written.
 Q_DECL_EXPORT QJsonObject toJson(const model::dev_value& value);

@@ -51,6 +51,10 @@ TEST(PluginMetadata, HoldsTheInterfaceIdentifierAndTheClassName) {
     EXPECT_EQ(metadata.value("className"_q), QJsonValue("DbDriverMongoFactory"_q));
 }
 
+TEST(PluginMetadata, IsThatOfAReleaseInEveryBuild) {
+    EXPECT_EQ(QPluginLoader{pluginFile()}.metaData().value("debug"_q), QJsonValue(false));
+}
+
 TEST(PluginMetadata, HoldsNothingOfItsOwn) {
     const QJsonObject metadata = QPluginLoader{pluginFile()}.metaData();
 
