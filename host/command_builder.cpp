@@ -8,11 +8,7 @@ namespace host {
 
 namespace {
 
-constexpr std::array requests = {
-    QLatin1String("read registers"),
-    QLatin1String("read status"),
-    QLatin1String("set clock"),
-};
+constexpr std::array requests = {"read registers", "read status", "set clock"};
 
 /// A command number, the device's number and the clock, as a device might get them.
 QByteArray payload(int request, const model::message& message) {
@@ -37,7 +33,7 @@ std::vector<model::dl_message> buildCommands(const std::vector<model::message>& 
         command.ttl = message.ttl;
         command.timestamp = message.timestamp.addSecs(1);
         command.api_key = demoSource();
-        command.data = {{QStringLiteral("request"), requests[request]},
+        command.data = {{QStringLiteral("request"), QLatin1String(requests[request])},
                         {QStringLiteral("answers"), QString::number(message.unique_id)}};
         command.payload = payload(static_cast<int>(request), message);
         commands.push_back(command);

@@ -54,17 +54,19 @@ ftxui::Element tableElement(const std::vector<Console::Column>& columns,
     }
     for (const auto& row : rows) {
         cells.emplace_back();
-        std::transform(row.begin(), row.end(), std::back_inserter(cells.back()), padded);
+        std::ranges::transform(row, std::back_inserter(cells.back()), padded);
     }
 
     ftxui::Table table(std::move(cells));
     table.SelectAll().SeparatorVertical(ftxui::LIGHT);
     table.SelectRow(0).Decorate(ftxui::bold);
     table.SelectRow(0).BorderBottom(ftxui::LIGHT);
-    for (int index = 0; index < static_cast<int>(columns.size()); ++index) {
-        if (columns[static_cast<std::size_t>(index)].number) {
+    int index = 0;
+    for (const auto& column : columns) {
+        if (column.number) {
             table.SelectColumn(index).DecorateCells(ftxui::align_right);
         }
+        ++index;
     }
     return table.Render();
 }

@@ -4,8 +4,10 @@ namespace host {
 
 namespace {
 
-constexpr qint64 lifetimeSecs = 12 * 60 * 60;
-constexpr QLatin1String sourceKey("source");
+constexpr qint64 lifetimeSecs = 43'200;
+QString sourceKey() {
+    return QStringLiteral("source");
+}
 
 } // namespace
 
@@ -14,12 +16,12 @@ QString demoSource() {
 }
 
 QJsonDocument markedData(QJsonObject members) {
-    members.insert(sourceKey, demoSource());
+    members.insert(sourceKey(), demoSource());
     return QJsonDocument(members);
 }
 
 bool isMarked(const QJsonDocument& extendedData) {
-    return extendedData.object().value(sourceKey).toString() == demoSource();
+    return extendedData.object().value(sourceKey()).toString() == demoSource();
 }
 
 QDateTime expiry(const QDateTime& start) {

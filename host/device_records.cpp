@@ -95,9 +95,9 @@ bool isReplaceable(const DeviceQueues& record) {
     if (queues.dl.isEmpty()) {
         return !queues.lock && queues.status == Status::NONE;
     }
-    return std::all_of(queues.dl.begin(), queues.dl.end(), [](const auto& queue) {
+    return std::ranges::all_of(queues.dl, [](const auto& queue) {
         return !queue.elements.isEmpty() &&
-               std::all_of(queue.elements.begin(), queue.elements.end(), [](const auto& element) {
+               std::ranges::all_of(queue.elements, [](const auto& element) {
                    return isMarked(QJsonDocument(element.data));
                });
     });
@@ -105,7 +105,7 @@ bool isReplaceable(const DeviceQueues& record) {
 
 bool isReplaceable(const DeviceEntry& entry) {
     const bool empty = entry.clients.empty() && entry.protocol.isEmpty() && entry.hw_type.isEmpty();
-    return empty || entry.clients.count(demoSource()) != 0;
+    return empty || entry.clients.contains(demoSource());
 }
 
 } // namespace host

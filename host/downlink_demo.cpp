@@ -33,8 +33,8 @@ void deleteEarlierDemo(Repository& repository, const model::filter_dl& filter, C
     const auto stored = repository.GetCommands(filter);
     std::size_t count = 0;
     for (const auto& [device, commands] : *stored) {
-        if (!std::all_of(commands.begin(), commands.end(),
-                         [](const auto& command) { return command.api_key == demoSource(); })) {
+        if (!std::ranges::all_of(
+                commands, [](const auto& command) { return command.api_key == demoSource(); })) {
             throw Failure(QStringLiteral("the store holds commands for device %1 that no demo "
                                          "issued; the demo would have to delete them and does not "
                                          "run")
@@ -128,9 +128,8 @@ private:
 
     QString count(Status status) const {
         const auto& commands = m_commands.written();
-        return QString::number(
-            std::count_if(commands.begin(), commands.end(),
-                          [status](const auto& command) { return command.status == status; }));
+        return QString::number(std::ranges::count_if(
+            commands, [status](const auto& command) { return command.status == status; }));
     }
 
     Repository& m_repository;

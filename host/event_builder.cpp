@@ -6,21 +6,23 @@
 #include <QSet>
 #include <QStringList>
 
+#include <array>
+
 namespace host {
 
 namespace {
 
 struct StatusMember {
-    QLatin1String name;
+    const char* name;
     EventCode code;
 };
 
-constexpr StatusMember statusMembers[] = {
-    {QLatin1String("error_flags"), EventCode::ErrorFlag},
-    {QLatin1String("error"), EventCode::ErrorFlag},
-    {QLatin1String("status"), EventCode::Status},
-    {QLatin1String("current_status"), EventCode::Status},
-};
+constexpr std::array<StatusMember, 4> statusMembers{{
+    {"error_flags", EventCode::ErrorFlag},
+    {"error", EventCode::ErrorFlag},
+    {"status", EventCode::Status},
+    {"current_status", EventCode::Status},
+}};
 
 model::dev_event makeEvent(const model::message& message, const StatusMember& member,
                            const QString& word, int place) {
@@ -30,7 +32,7 @@ model::dev_event makeEvent(const model::message& message, const StatusMember& me
     event.event_code = static_cast<int>(member.code);
     event.message_id = QString::number(message.unique_id);
     event.message = word;
-    event.extended_data = markedData({{QStringLiteral("member"), member.name}});
+    event.extended_data = markedData({{QStringLiteral("member"), QLatin1String(member.name)}});
     event.parameter = place;
     event.ttl = message.ttl;
     return event;
@@ -44,8 +46,9 @@ std::vector<model::dev_event> findEvents(const std::vector<model::message>& mess
         const auto readings = message.data.object();
         QSet<QString> known{QStringLiteral("OK")};
         for (const auto& member : statusMembers) {
-            const auto words =
-                readings.value(member.name).toString().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+            const auto words = readings.value(QLatin1String(member.name))
+                                   .toString()
+                                   .split(QLatin1Char(' '), Qt::SkipEmptyParts);
             for (int place = 0; place < words.size(); ++place) {
                 if (!known.contains(words[place])) {
                     known.insert(words[place]);

@@ -35,8 +35,8 @@ void deleteEarlierDemo(Repository& repository, const std::vector<model::message>
     const auto stored = repository.GetEvents(filter);
     std::size_t count = 0;
     for (const auto& [device, events] : *stored) {
-        if (!std::all_of(events.begin(), events.end(),
-                         [](const auto& event) { return isMarked(event.extended_data); })) {
+        if (!std::ranges::all_of(events,
+                                 [](const auto& event) { return isMarked(event.extended_data); })) {
             throw Failure(QStringLiteral("the store holds events of device %1 that no demo wrote; "
                                          "the demo would have to delete them and does not run")
                               .arg(device));

@@ -8,7 +8,7 @@ namespace host {
 namespace {
 
 QJsonObject parseObject(const QByteArray& line) {
-    QJsonParseError error;
+    QJsonParseError error{};
     const auto document = QJsonDocument::fromJson(line, &error);
     if (error.error != QJsonParseError::NoError) {
         throw Rejection{QStringLiteral("not JSON: %1 at byte %2")

@@ -94,11 +94,7 @@ host::PlotOptions plotOptions(const CommandLine& given) {
     return options;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
-
+ExitStatus run(int argc, char** argv) {
     CLI::App app("Loads the Kelvrostorage plug-in from a file and works through its interfaces.",
                  "kelvro-host");
     app.set_version_flag("--version", KELVRO_HOST_VERSION);
@@ -115,15 +111,22 @@ int main(int argc, char** argv) {
     if (!given.verbose) {
         QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
     }
+    // The MongoDB driver wants one instance per process, older and longer-lived than all use.
+    const mongocxx::v1::instance mongoDriver;
+    auto console = host::Console::standardOutput();
+    if (demo->parsed()) {
+        return host::runDemo(demoOptions(given), console) ? succeeded : failed;
+    }
+    host::runPlot(plotOptions(given), console);
+    return succeeded;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
     try {
-        // The MongoDB driver wants one instance per process, older and longer-lived than all use.
-        const mongocxx::v1::instance mongoDriver;
-        auto console = host::Console::standardOutput();
-        if (demo->parsed()) {
-            return host::runDemo(demoOptions(given), console) ? succeeded : failed;
-        }
-        host::runPlot(plotOptions(given), console);
-        return succeeded;
+        const QCoreApplication application(argc, argv);
+        return run(argc, argv);
     } catch (const std::exception& error) {
         std::cerr << "kelvro-host: " << error.what() << '\n';
         return failed;

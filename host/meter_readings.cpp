@@ -93,10 +93,9 @@ MeterReadingFile readMeterReadings(QIODevice& input) {
 
 int deviceNumber(const std::vector<MeterReading>& readings) {
     constexpr int digits = 8;
-    const auto serial =
-        std::find_if(readings.begin(), readings.end(), [](const MeterReading& reading) {
-            return reading.obisCode == QLatin1String("0-0:96.1.1");
-        });
+    const auto serial = std::ranges::find_if(readings, [](const MeterReading& reading) {
+        return reading.obisCode == QLatin1String("0-0:96.1.1");
+    });
     if (serial == readings.end()) {
         throw Failure(QStringLiteral("the readings have no serial number (0-0:96.1.1)"));
     }

@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <array>
 #include <tuple>
 #include <vector>
 
@@ -11,37 +12,46 @@ namespace host {
 namespace {
 
 struct Unit {
-    QLatin1String suffix;
+    const char* suffix;
     const char16_t* text;
 };
 
-constexpr Unit units[] = {
-    {QLatin1String("_kwh"), u"kWh"},  {QLatin1String("_kvarh"), u"kvarh"},
-    {QLatin1String("_kw"), u"kW"},    {QLatin1String("_m3"), u"m³"},
-    {QLatin1String("_m3h"), u"m³/h"}, {QLatin1String("_c"), u"°C"},
-    {QLatin1String("_v"), u"V"},      {QLatin1String("_a"), u"A"},
-    {QLatin1String("_rh"), u"% RH"},  {QLatin1String("_hca"), u"units"},
-    {QLatin1String("_h"), u"h"},      {QLatin1String("_counter"), u"times"},
-};
+constexpr std::array<Unit, 12> units{{
+    {"_kwh", u"kWh"},
+    {"_kvarh", u"kvarh"},
+    {"_kw", u"kW"},
+    {"_m3", u"m³"},
+    {"_m3h", u"m³/h"},
+    {"_c", u"°C"},
+    {"_v", u"V"},
+    {"_a", u"A"},
+    {"_rh", u"% RH"},
+    {"_hca", u"units"},
+    {"_h", u"h"},
+    {"_counter", u"times"},
+}};
 
 const Unit* unitOf(const QString& name) {
-    const auto* const unit =
-        std::find_if(std::begin(units), std::end(units),
-                     [&](const Unit& each) { return name.endsWith(each.suffix); });
-    return unit == std::end(units) ? nullptr : unit;
+    const auto* const unit = std::ranges::find_if(
+        units, [&](const Unit& each) { return name.endsWith(QLatin1String(each.suffix)); });
+    return unit == units.end() ? nullptr : unit;
+}
+
+int groupOf(const QString& name) {
+    if (name.startsWith(QLatin1String("total_"))) {
+        return 0;
+    }
+    return name.startsWith(QLatin1String("current_")) ? 1 : 2;
 }
 
 /// Totals, current values, the rest; of each those that are not 0 first, then the shortest name,
 /// since the longer ones are of single tariffs and past months.
 auto rank(const QString& name, double value) {
-    const int group = name.startsWith(QLatin1String("total_"))     ? 0
-                      : name.startsWith(QLatin1String("current_")) ? 1
-                                                                   : 2;
-    return std::make_tuple(group, value == 0.0, name.size());
+    return std::make_tuple(groupOf(name), value == 0.0, name.size());
 }
 
 QString readingText(const QString& name, const Unit& unit, double value) {
-    QString label = name.chopped(unit.suffix.size());
+    QString label = name.chopped(QLatin1String(unit.suffix).size());
     label.replace(QLatin1Char('_'), QLatin1Char(' '));
     return label + QLatin1String(": ") + QString::number(value, 'g', 10) + QLatin1Char(' ') +
            QString::fromUtf16(unit.text);
@@ -57,7 +67,7 @@ QString readingsText(const QJsonObject& decoded) {
             names.push_back(field.key());
         }
     }
-    std::stable_sort(names.begin(), names.end(), [&](const QString& left, const QString& right) {
+    std::ranges::stable_sort(names, [&](const QString& left, const QString& right) {
         return rank(left, decoded.value(left).toDouble()) <
                rank(right, decoded.value(right).toDouble());
     });

@@ -15,7 +15,7 @@ QJsonObject readSettings(const QString& fileName) {
         throw Failure(QStringLiteral("cannot read the settings file %1: %2")
                           .arg(fileName, file.errorString()));
     }
-    QJsonParseError error;
+    QJsonParseError error{};
     const auto document = QJsonDocument::fromJson(file.readAll(), &error);
     if (error.error != QJsonParseError::NoError) {
         throw Failure(QStringLiteral("the settings file %1 is not JSON: %2 at byte %3")

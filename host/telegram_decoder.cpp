@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <array>
 #include <utility>
 
 namespace host {
@@ -11,17 +12,13 @@ namespace host {
 namespace {
 
 // What wmbusmeters adds about its own run; it is no reading of the meter.
-constexpr QLatin1String runKeys[] = {
-    QLatin1String("_"),
-    QLatin1String("name"),
-    QLatin1String("timestamp"),
-};
+constexpr std::array runKeys = {"_", "name", "timestamp"};
 
 /// The first line of the output as an object, without what is not the meter's; empty if it is none.
 QJsonObject parseOutput(const QByteArray& output) {
     auto readings = QJsonDocument::fromJson(output.left(output.indexOf('\n'))).object();
-    for (const auto key : runKeys) {
-        readings.remove(key);
+    for (const auto* const key : runKeys) {
+        readings.remove(QLatin1String(key));
     }
     return readings;
 }

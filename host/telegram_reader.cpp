@@ -26,7 +26,7 @@ QByteArray parsePayload(const QJsonValue& value) {
         throw Rejection{QStringLiteral("the telegram is empty")};
     }
     // QByteArray::fromHex skips what it does not understand, so the digits are checked before.
-    const auto* const stranger = std::find_if_not(digits.begin(), digits.end(), isHexDigit);
+    const auto* const stranger = std::ranges::find_if_not(digits, isHexDigit);
     if (stranger != digits.end()) {
         throw Rejection{
             QStringLiteral("the telegram's character %1, \"%2\", is not a hexadecimal digit")
@@ -48,7 +48,7 @@ QString parseMeterId(const QJsonValue& value) {
         throw Rejection{QStringLiteral("the meter's id is not text")};
     }
     const QString id = value.toString();
-    const bool decimal = std::all_of(id.begin(), id.end(), isDecimalDigit);
+    const bool decimal = std::ranges::all_of(id, isDecimalDigit);
     if (decimal && id.size() > meterIdDigits) {
         throw Rejection{
             QStringLiteral("the meter's id \"%1\" is too large: it has more than eight digits")

@@ -43,10 +43,9 @@ void deleteEarlierDemo(Repository& repository, const std::list<int>& devices, Co
     const auto stored = repository.GetMessages(filter);
     int messages = 0;
     for (const auto& [device, ofDevice] : *stored) {
-        const auto foreign =
-            std::count_if(ofDevice.begin(), ofDevice.end(), [](const model::message& message) {
-                return !isMarked(message.extended_data);
-            });
+        const auto foreign = std::ranges::count_if(ofDevice, [](const model::message& message) {
+            return !isMarked(message.extended_data);
+        });
         if (foreign != 0) {
             throw Failure(
                 QStringLiteral("the store holds %1 messages of device %2 that no demo wrote; "
@@ -83,13 +82,12 @@ std::vector<model::message> checkByDevice(Repository& repository, const std::set
             [device](const model::message& message) { return message.modem_id == device; },
             *returned);
         for (const auto& [number, ofDevice] : *returned) {
-            std::copy(ofDevice.begin(), ofDevice.end(), std::back_inserter(all));
+            std::ranges::copy(ofDevice, std::back_inserter(all));
         }
     }
-    std::stable_sort(all.begin(), all.end(),
-                     [](const model::message& left, const model::message& right) {
-                         return left.timestamp > right.timestamp;
-                     });
+    std::ranges::stable_sort(all, [](const model::message& left, const model::message& right) {
+        return left.timestamp > right.timestamp;
+    });
     return all;
 }
 

@@ -70,8 +70,7 @@ QString plotScript(const std::list<model::dev_value>& values, const PlotTarget& 
 }
 
 void plotValues(const std::list<model::dev_value>& values, const PlotTarget& target) {
-    if (std::none_of(values.begin(), values.end(),
-                     [](const auto& value) { return isNumber(value.value); })) {
+    if (std::ranges::none_of(values, [](const auto& value) { return isNumber(value.value); })) {
         throw Failure(QStringLiteral("there are no numbers to draw"));
     }
     const auto program = QStandardPaths::findExecutable(QStringLiteral("gnuplot"));

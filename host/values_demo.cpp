@@ -89,9 +89,10 @@ void checkByObisCode(Repository& repository, int device, const QString& code, Va
 /// Asks for the middle half of the time that the readings cover.
 void checkByPeriod(Repository& repository, int device, Values& values) {
     const auto& written = values.written();
-    const auto [oldest, newest] = std::minmax_element(
-        written.begin(), written.end(),
-        [](const auto& left, const auto& right) { return left.timestamp < right.timestamp; });
+    const auto [oldest, newest] =
+        std::ranges::minmax_element(written, [](const auto& left, const auto& right) {
+            return left.timestamp < right.timestamp;
+        });
     const auto quarterSecs = oldest->timestamp.secsTo(newest->timestamp) / 4;
     auto filter = demoValues(device);
     filter.begin = oldest->timestamp.addSecs(quarterSecs);
@@ -109,8 +110,8 @@ std::list<model::dev_value> ofCode(const std::map<int, std::list<model::dev_valu
                                    int device, const QString& code) {
     std::list<model::dev_value> values;
     if (const auto ofDevice = returned.find(device); ofDevice != returned.end()) {
-        std::copy_if(ofDevice->second.begin(), ofDevice->second.end(), std::back_inserter(values),
-                     [&code](const auto& value) { return value.obis_code == code; });
+        std::ranges::copy_if(ofDevice->second, std::back_inserter(values),
+                             [&code](const auto& value) { return value.obis_code == code; });
     }
     return values;
 }
@@ -174,7 +175,7 @@ void showPower(Repository& repository, int device, Console& console) {
     }
     const auto& curve = returned->begin()->second;
     const auto [least, most] =
-        std::minmax_element(curve.begin(), curve.end(), [](const auto& left, const auto& right) {
+        std::ranges::minmax_element(curve, [](const auto& left, const auto& right) {
             return left.value.toDouble() < right.value.toDouble();
         });
     const auto time = [](const model::dev_value& value) {

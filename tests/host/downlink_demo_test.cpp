@@ -39,15 +39,14 @@ TEST_F(DownlinkDemo, AccountsForEveryCommand) {
 
 TEST_F(DownlinkDemo, LeavesEveryCommandExecutedOrTimedOut) {
     run();
-    const auto executed =
-        std::count_if(repository.stored.begin(), repository.stored.end(),
-                      [](const auto& command) { return command.status == Status::EXECUTED; });
+    const auto executed = std::ranges::count_if(
+        repository.stored, [](const auto& command) { return command.status == Status::EXECUTED; });
     EXPECT_EQ(executed, 6);
     EXPECT_EQ(repository.acknowledged, 6);
-    EXPECT_EQ(repository.stored.size() - 6,
-              static_cast<std::size_t>(std::count_if(
-                  repository.stored.begin(), repository.stored.end(),
-                  [](const auto& command) { return command.status == Status::TIMEOUT; })));
+    EXPECT_EQ(repository.stored.size() - 6, static_cast<std::size_t>(std::ranges::count_if(
+                                                repository.stored, [](const auto& command) {
+                                                    return command.status == Status::TIMEOUT;
+                                                })));
 }
 
 TEST_F(DownlinkDemo, ShowsTheStatesStepByStep) {

@@ -52,8 +52,7 @@ public:
     void DeleteMessages(const std::list<int>& modem_ids, const QDateTime& from,
                         const QDateTime& to) override {
         stored.remove_if([&](const model::dl_message& command) {
-            return std::find(modem_ids.begin(), modem_ids.end(), command.modem_id) !=
-                       modem_ids.end() &&
+            return std::ranges::find(modem_ids, command.modem_id) != modem_ids.end() &&
                    command.timestamp >= from && command.timestamp <= to;
         });
     }
@@ -65,9 +64,8 @@ public:
 
 private:
     model::dl_message& find(const QString& id) {
-        const auto command =
-            std::find_if(stored.begin(), stored.end(),
-                         [&id](const model::dl_message& each) { return each.db_id == id; });
+        const auto command = std::ranges::find_if(
+            stored, [&id](const model::dl_message& each) { return each.db_id == id; });
         if (command == stored.end()) {
             throw QStringLiteral("not exist");
         }

@@ -34,7 +34,7 @@ public:
             keepFirstAndLast(*result);
         }
         for (auto& [device, values] : *result) {
-            std::for_each(values.begin(), values.end(), spoil);
+            std::ranges::for_each(values, spoil);
         }
         return result;
     }
@@ -46,7 +46,7 @@ public:
                    (filter.tags.empty() || contains(filter.tags, event.message));
         });
         for (auto& [device, events] : *result) {
-            std::for_each(events.begin(), events.end(), spoilEvent);
+            std::ranges::for_each(events, spoilEvent);
         }
         return result;
     }
@@ -73,7 +73,7 @@ public:
 private:
     template <class Value>
     static bool contains(const std::list<Value>& values, const Value& value) {
-        return std::find(values.begin(), values.end(), value) != values.end();
+        return std::ranges::find(values, value) != values.end();
     }
 
     template <class Record>

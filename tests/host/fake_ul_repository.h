@@ -51,7 +51,7 @@ public:
 private:
     template <class Value>
     static bool contains(const std::list<Value>& values, const Value& value) {
-        return std::find(values.begin(), values.end(), value) != values.end();
+        return std::ranges::find(values, value) != values.end();
     }
 
     static bool selects(const model::filter_roll& filter, const model::message& message) {
