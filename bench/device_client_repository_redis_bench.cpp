@@ -18,7 +18,7 @@ RawRedis& storeClients(Stores& stores, std::size_t size) {
         redis.run({"SADD", clientsKey(device), "water works", "housing association", "caretaker"});
         redis.run({"HSET", propertiesKey(device), "hw_type", "amiplus", "protocol", "wM-Bus"});
     }
-    return redis;
+    return stores.rawRedis(Stores::clientDb);
 }
 
 Contest getDeviceClients(Stores& stores, std::size_t size) {

@@ -21,6 +21,10 @@ mongocxx::v1::collection emptyCollection(Stores& stores) {
     return stores.fresh(field::collection, field::indexes);
 }
 
+mongocxx::v1::collection rawCollection(Stores& stores) {
+    return stores.raw(field::collection);
+}
+
 /// Ten commands a device, a hundred where there are many.
 std::size_t perDevice(std::size_t size) {
     return size > 100 ? 100 : 10;
@@ -64,8 +68,10 @@ Contest saveMessage(Stores& stores, std::size_t size) {
          stored = std::make_shared<std::vector<model::dl_message>>(records)](std::size_t i) {
             repository.SaveMessage((*stored)[i]);
         },
-        [collection, documents = std::make_shared<Documents>(documentsOf(records))](
-            std::size_t i) mutable { collection.insert_one((*documents)[i]); });
+        [raw = rawCollection(stores),
+         documents = std::make_shared<Documents>(documentsOf(records))](std::size_t i) mutable {
+            raw.insert_one((*documents)[i]);
+        });
 }
 
 Contest getById(Stores& stores, std::size_t size) {
@@ -74,8 +80,8 @@ Contest getById(Stores& stores, std::size_t size) {
     return callByCall(
         size,
         [&repository = stores.downlinks(), ids](std::size_t i) { repository.GetById(ids[i]); },
-        [collection, queries = std::make_shared<Documents>(queriesById(ids))](
-            std::size_t i) mutable { collection.find_one((*queries)[i]); });
+        [raw = rawCollection(stores), queries = std::make_shared<Documents>(queriesById(ids))](
+            std::size_t i) mutable { raw.find_one((*queries)[i]); });
 }
 
 Contest setStatus(Stores& stores, std::size_t size) {
@@ -94,9 +100,9 @@ Contest setStatus(Stores& stores, std::size_t size) {
         [&repository = stores.downlinks(), ids](std::size_t i) {
             repository.SetStatus(ids[i], dl_status::EXECUTED);
         },
-        [collection, queries = std::make_shared<Documents>(queriesById(ids)),
+        [raw = rawCollection(stores), queries = std::make_shared<Documents>(queriesById(ids)),
          ready = update(dl_status::WAIT_DATA)](std::size_t i) mutable {
-            collection.update_one((*queries)[i], ready);
+            raw.update_one((*queries)[i], ready);
         });
 }
 
@@ -136,10 +142,10 @@ Contest getCommands(Stores& stores, std::size_t size, Get get, bool notAcknowled
     }
     return readContest(
         [&repository = stores.downlinks(), get, filter] { return (repository.*get)(filter); },
-        [collection, ready]() mutable {
+        [raw = rawCollection(stores), ready]() mutable {
             std::size_t documents = 0;
             for (const ReadyQuery& query : *ready) {
-                documents += drain(collection, query);
+                documents += drain(raw, query);
             }
             return documents;
         });
@@ -154,10 +160,10 @@ Contest deleteMessages(Stores& stores, std::size_t size) {
         [&repository = stores.downlinks(), filter] {
             repository.DeleteMessages(filter.modem_ids, filter.begin, filter.end);
         },
-        [collection,
+        [raw = rawCollection(stores),
          queries = std::make_shared<Documents>(queriesByDevice(filter, false))]() mutable {
             for (const auto& query : *queries) {
-                collection.delete_many(query);
+                raw.delete_many(query);
             }
         });
 }

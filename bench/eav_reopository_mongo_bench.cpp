@@ -18,6 +18,14 @@ mongocxx::v1::collection emptyValues(Stores& stores) {
     return stores.fresh(value_field::collection, value_field::indexes);
 }
 
+mongocxx::v1::collection rawValues(Stores& stores) {
+    return stores.raw(value_field::collection);
+}
+
+mongocxx::v1::collection rawEvents(Stores& stores) {
+    return stores.raw(event_field::collection);
+}
+
 mongocxx::v1::collection emptyEvents(Stores& stores) {
     return stores.fresh(event_field::collection, event_field::indexes);
 }
@@ -44,9 +52,11 @@ bsoncxx::v1::document::value queryFor(const model::filter_eav& filter) {
 
 /// One bulk insert into an empty collection.
 template <typename Record>
-Contest bulkInsert(mongocxx::v1::collection collection, const std::vector<Record>& records,
+Contest bulkInsert(mongocxx::v1::collection collection, mongocxx::v1::collection raw,
+                   const std::vector<Record>& records,
                    const std::function<void(const std::list<Record>&)>& save) {
     const auto stored = std::make_shared<mongocxx::v1::collection>(std::move(collection));
+    const auto measured = std::make_shared<mongocxx::v1::collection>(std::move(raw));
     const std::size_t size = records.size();
     return {.subject =
                 [save, list = std::list<Record>(records.begin(), records.end()), size] {
@@ -54,8 +64,8 @@ Contest bulkInsert(mongocxx::v1::collection collection, const std::vector<Record
                     return size;
                 },
             .baseline =
-                [stored, documents = std::make_shared<Documents>(documentsOf(records)), size] {
-                    stored->insert_many(*documents);
+                [measured, documents = std::make_shared<Documents>(documentsOf(records)), size] {
+                    measured->insert_many(*documents);
                     return size;
                 },
             .beforeBlock = [stored] { stored->delete_many(bsoncxx::v1::document::view{}); },
@@ -64,13 +74,13 @@ Contest bulkInsert(mongocxx::v1::collection collection, const std::vector<Record
 
 Contest saveValues(Stores& stores, std::size_t size) {
     return bulkInsert<model::dev_value>(
-        emptyValues(stores), values(size),
+        emptyValues(stores), rawValues(stores), values(size),
         [&repository = stores.eav()](const auto& list) { repository.SaveValues(list); });
 }
 
 Contest saveEvents(Stores& stores, std::size_t size) {
     return bulkInsert<model::dev_event>(
-        emptyEvents(stores), events(size),
+        emptyEvents(stores), rawEvents(stores), events(size),
         [&repository = stores.eav()](const auto& list) { repository.SaveEvents(list); });
 }
 
@@ -81,9 +91,10 @@ Contest getValues(Stores& stores, std::size_t size) {
     const auto filter = filterFor(records);
     return readContest(
         [&repository = stores.eav(), filter] { return repository.GetValues(filter); },
-        [collection, ready = ReadyQuery{queryFor(filter),
-                                        mongo::newestFirst(value_field::timestamp, 0)}]() mutable {
-            return drain(collection, ready);
+        [raw = rawValues(stores),
+         ready = ReadyQuery{queryFor(filter),
+                            mongo::newestFirst(value_field::timestamp, 0)}]() mutable {
+            return drain(raw, ready);
         });
 }
 
@@ -94,9 +105,10 @@ Contest getEvents(Stores& stores, std::size_t size) {
     const auto filter = filterFor(records);
     return readContest(
         [&repository = stores.eav(), filter] { return repository.GetEvents(filter); },
-        [collection, ready = ReadyQuery{queryFor(filter),
-                                        mongo::newestFirst(event_field::timestamp, 0)}]() mutable {
-            return drain(collection, ready);
+        [raw = rawEvents(stores),
+         ready = ReadyQuery{queryFor(filter),
+                            mongo::newestFirst(event_field::timestamp, 0)}]() mutable {
+            return drain(raw, ready);
         });
 }
 
@@ -150,10 +162,10 @@ Contest getFirstAndLast(Stores& stores, std::size_t size) {
     auto contest = readContest([ask = turns([&repository = stores.eav()](const Part& part) {
                                     return repository.GetValues(part.filter);
                                 })]() mutable { return ask(); },
-                               turns([collection](const Part& part) mutable {
+                               turns([raw = rawValues(stores)](const Part& part) mutable {
                                    std::size_t documents = 0;
                                    for (const ReadyQuery& query : part.queries) {
-                                       documents += drain(collection, query);
+                                       documents += drain(raw, query);
                                    }
                                    return documents;
                                }));
@@ -168,7 +180,7 @@ Contest deleteValues(Stores& stores, std::size_t size) {
     return deleteContest(
         collection, documentsOf(records),
         [&repository = stores.eav(), filter] { repository.DeleteValues(filter); },
-        [collection, ready = queryFor(filter)]() mutable { collection.delete_many(ready); });
+        [raw = rawValues(stores), ready = queryFor(filter)]() mutable { raw.delete_many(ready); });
 }
 
 Contest deleteEvents(Stores& stores, std::size_t size) {
@@ -178,7 +190,7 @@ Contest deleteEvents(Stores& stores, std::size_t size) {
     return deleteContest(
         collection, documentsOf(records),
         [&repository = stores.eav(), filter] { repository.DeleteEvents(filter); },
-        [collection, ready = queryFor(filter)]() mutable { collection.delete_many(ready); });
+        [raw = rawEvents(stores), ready = queryFor(filter)]() mutable { raw.delete_many(ready); });
 }
 
 } // namespace

@@ -39,13 +39,14 @@ std::shared_ptr<StoredDevices> storeDevices(Stores& stores, int db, std::string_
                                             const std::function<void(int device)>& push,
                                             const std::function<QByteArray(int device)>& keyOf) {
     auto devices = std::make_shared<StoredDevices>();
-    devices->redis = &stores.emptyRedis(db);
-    devices->copies =
-        std::make_shared<mongocxx::v1::collection>(stores.fresh(collection, field::indexes));
+    RawRedis& redis = stores.emptyRedis(db);
+    auto stored = stores.fresh(collection, field::indexes);
+    devices->redis = &stores.rawRedis(db);
+    devices->copies = std::make_shared<mongocxx::v1::collection>(stores.raw(collection));
     for (int device = 0; device < static_cast<int>(size); ++device) {
         push(device);
         const QByteArray key = keyOf(device);
-        const auto text = devices->redis->run({"GET", key});
+        const auto text = redis.run({"GET", key});
         if (text->type != REDIS_REPLY_STRING) {
             throw std::runtime_error("the plug-in has not stored the device's object in Redis");
         }
@@ -53,9 +54,8 @@ std::shared_ptr<StoredDevices> storeDevices(Stores& stores, int db, std::string_
         devices->gets.push_back(RawRedis::wire({"GET", key}));
         devices->sets.push_back(RawRedis::wire({"SET", key, json}));
     }
-    requireDocuments(*devices->copies, copies == Copies::kept ? size : 0);
-    auto cursor =
-        devices->copies->find(bsoncxx::v1::document::view{}, mongo::oldestFirst(field::id, 0));
+    requireDocuments(stored, copies == Copies::kept ? size : 0);
+    auto cursor = stored.find(bsoncxx::v1::document::view{}, mongo::oldestFirst(field::id, 0));
     for (const auto& copy : cursor) {
         const int device = copy[field::id].get_int32().value;
         devices->queries.push_back(queryById(device));

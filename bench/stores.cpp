@@ -73,6 +73,7 @@ void refuseForeignKeys(RawRedis& redis) {
 
 Stores::Stores()
     : m_client(mongocxx::v1::uri(environment("MONGODB_URL"))), m_redis(redisUrl()),
+      m_measuredClient(mongocxx::v1::uri(environment("MONGODB_URL"))), m_measuredRedis(redisUrl()),
       m_plugin(QString::fromStdString(environment("KELVROSTORAGE_PLUGIN"))) {
     refuseForeignDocuments(database());
     refuseForeignKeys(m_redis);
@@ -101,12 +102,17 @@ mongocxx::v1::database Stores::database() {
 }
 
 mongocxx::v1::collection Stores::raw(std::string_view collection) {
-    return database().collection(collection);
+    return m_measuredClient.database(mongo::databaseName).collection(collection);
+}
+
+RawRedis& Stores::rawRedis(int db) {
+    m_measuredRedis.select(db);
+    return m_measuredRedis;
 }
 
 mongocxx::v1::collection Stores::fresh(std::string_view collection,
                                        std::span<const layout::index> indexes) {
-    auto made = raw(collection);
+    auto made = database().collection(collection);
     made.drop();
     mongo::createIndexes(made, indexes);
     return made;

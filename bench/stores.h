@@ -51,12 +51,16 @@ public:
         return *m_clients->DeviceClientsRepository();
     }
 
+    /// The bare connections that are measured.
     mongocxx::v1::collection raw(std::string_view collection);
+    RawRedis& rawRedis(int db);
 
+    /// What a comparison needs done before and after its blocks goes by connections of their own,
+    /// lest one of the measured ones comes warm from it.
+    ///
     /// The collection without documents: made anew, with the plug-in's indexes.
     mongocxx::v1::collection fresh(std::string_view collection,
                                    std::span<const layout::index> indexes);
-
     /// With one of the databases selected and empty.
     RawRedis& emptyRedis(int db);
 
@@ -73,6 +77,8 @@ private:
     mongocxx::v1::instance m_instance;
     mongocxx::v1::client m_client;
     RawRedis m_redis;
+    mongocxx::v1::client m_measuredClient;
+    RawRedis m_measuredRedis;
     host::PluginFile m_plugin;
     std::shared_ptr<interfaces::IMessagesDatabase> m_messages;
     std::shared_ptr<interfaces::IEAVDatabase> m_eav;

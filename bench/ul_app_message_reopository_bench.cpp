@@ -20,6 +20,10 @@ mongocxx::v1::collection emptyCollection(Stores& stores) {
     return stores.fresh(field::collection, field::indexes);
 }
 
+mongocxx::v1::collection rawCollection(Stores& stores) {
+    return stores.raw(field::collection);
+}
+
 /// All messages: of every device and of all times.
 model::filter_roll filterFor(const std::vector<model::message>& messages) {
     std::set<int> devices;
@@ -41,9 +45,9 @@ Contest saveMessage(Stores& stores, std::size_t size) {
         [&repository = stores.uplinks(), records = messages(count, subjectIds)](std::size_t i) {
             repository.SaveMessage(records[i]);
         },
-        [collection,
+        [raw = rawCollection(stores),
          documents = std::make_shared<Documents>(documentsOf(messages(count, baselineIds)))](
-            std::size_t i) mutable { collection.insert_one((*documents)[i]); });
+            std::size_t i) mutable { raw.insert_one((*documents)[i]); });
 }
 
 Contest getMessages(Stores& stores, std::size_t size) {
@@ -57,9 +61,9 @@ Contest getMessages(Stores& stores, std::size_t size) {
     mongo::appendIn(query, field::modem_id, filter.modem_ids);
     return readContest(
         [&repository = stores.uplinks(), filter] { return repository.GetMessages(filter); },
-        [collection,
+        [raw = rawCollection(stores),
          ready = ReadyQuery{query.take(), mongo::newestFirst(field::timestamp, 0)}]() mutable {
-            return drain(collection, ready);
+            return drain(raw, ready);
         });
 }
 
@@ -72,7 +76,7 @@ Contest deleteMessages(Stores& stores, std::size_t size) {
     return deleteContest(
         collection, documentsOf(records),
         [&repository = stores.uplinks(), filter] { repository.DeleteMessages(filter); },
-        [collection, ready = query.take()]() mutable { collection.delete_many(ready); });
+        [raw = rawCollection(stores), ready = query.take()]() mutable { raw.delete_many(ready); });
 }
 
 } // namespace
