@@ -93,7 +93,7 @@ public:
 
     void checkAll() {
         m_commands.check(
-            QStringLiteral("by device"), [](const model::dl_message&) { return true; },
+            QStringLiteral("by device"), [](const model::dl_message& /*command*/) { return true; },
             *m_repository.GetCommands(m_filter));
         for (const auto& command : m_commands.written()) {
             m_commands.check(
@@ -155,7 +155,7 @@ Accounting runDownlinkDemo(Repository& repository, const std::vector<model::mess
 
     Walk walk(repository, commands, filter);
     walk.checkNotAcknowledged(QStringLiteral("issued"));
-    walk.setStatus(Status::WAIT_DATA, [](std::size_t) { return true; });
+    walk.setStatus(Status::WAIT_DATA, [](std::size_t /*number*/) { return true; });
     walk.checkNotAcknowledged(QStringLiteral("sent"));
     walk.setStatus(Status::TIMEOUT, [](std::size_t number) { return number % cycle == 3; });
     walk.setStatus(Status::EXECUTED, [](std::size_t number) { return number % cycle == 1; });

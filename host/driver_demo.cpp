@@ -34,7 +34,7 @@ std::function<bool(const Record&)> isOf(int device) {
 
 template <class Record>
 std::function<bool(const Record&)> any() {
-    return [](const Record&) { return true; };
+    return [](const Record& /*record*/) { return true; };
 }
 
 template <class Record>

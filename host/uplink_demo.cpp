@@ -121,6 +121,7 @@ void checkByTag(Repository& repository, const std::list<int>& devices, const QSt
 
 void show(const std::vector<model::message>& messages, Console& console) {
     std::vector<QStringList> rows;
+    rows.reserve(messages.size());
     for (const auto& message : messages) {
         rows.push_back({QStringLiteral("%1").arg(message.modem_id, 8, 10, QLatin1Char('0')),
                         message.timestamp.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")),

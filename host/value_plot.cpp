@@ -8,6 +8,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <ranges>
 
 namespace host {
 
@@ -29,10 +30,10 @@ QString quoted(QString text) {
 QString dataLines(const std::list<model::dev_value>& values) {
     QString lines;
     // The store gives the newest first.
-    for (auto value = values.rbegin(); value != values.rend(); ++value) {
-        if (isNumber(value->value)) {
-            lines += QString::number(value->timestamp.toSecsSinceEpoch()) + QLatin1Char(' ') +
-                     QString::number(value->value.toDouble(), 'g', QLocale::FloatingPointShortest) +
+    for (const auto& value : values | std::views::reverse) {
+        if (isNumber(value.value)) {
+            lines += QString::number(value.timestamp.toSecsSinceEpoch()) + QLatin1Char(' ') +
+                     QString::number(value.value.toDouble(), 'g', QLocale::FloatingPointShortest) +
                      QLatin1Char('\n');
         }
     }

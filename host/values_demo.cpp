@@ -201,7 +201,7 @@ Accounting runValuesDemo(Repository& repository, const MeterReadingFile& file,
     deleteEarlierDemo(repository, device, console);
     save(repository, values, console);
     values.check(
-        QStringLiteral("by device"), [](const model::dev_value&) { return true; },
+        QStringLiteral("by device"), [](const model::dev_value& /*value*/) { return true; },
         *repository.GetValues(demoValues(device)));
     for (const auto& code : obisCodes(values)) {
         checkByObisCode(repository, device, code, values);

@@ -28,7 +28,7 @@ public:
     }
 
     std::shared_ptr<Commands> GetCommands(const model::filter_dl& filter) override {
-        return select(filter, [](const model::dl_message&) { return true; });
+        return select(filter, [](const model::dl_message& /*command*/) { return true; });
     }
 
     std::shared_ptr<Commands> GetNotAckCommands(const model::filter_dl& filter) override {
@@ -58,7 +58,7 @@ public:
     }
 
     std::list<model::dl_message> stored;
-    std::function<void(model::dl_message&)> spoil = [](model::dl_message&) {};
+    std::function<void(model::dl_message&)> spoil = [](model::dl_message& /*command*/) {};
     bool ignoresStatus = false;
     int acknowledged = 0;
 

@@ -58,7 +58,7 @@ public:
         m_stores.durableQueues.erase(modem_id);
         return true;
     }
-    bool DeleteDevices(const QList<int>&) override { return true; }
+    bool DeleteDevices(const QList<int>& /*modem_ids*/) override { return true; }
 
 private:
     FakeStores& m_stores;
@@ -88,7 +88,10 @@ public:
         m_stores.durableStates.erase(modem_id);
         return true;
     }
-    std::variant<int, double, QByteArray> GetValue(int, const QString&) override { return 0; }
+    std::variant<int, double, QByteArray> GetValue(int /*modem_id*/,
+                                                   const QString& /*name*/) override {
+        return 0;
+    }
     void SetValue(int modem_id, const QString& name,
                   const std::variant<int, double, QByteArray>& value) override {
         if (const auto* const number = std::get_if<double>(&value)) {
@@ -97,13 +100,16 @@ public:
             m_working[modem_id].insert(name, QString::fromUtf8(*text));
         }
     }
-    QVariant GetValueAsVariant(int, const QString&) override { return {}; }
+    QVariant GetValueAsVariant(int /*modem_id*/, const QString& /*name*/) override { return {}; }
     void SetValueAsVariant(int modem_id, const QString& name, const QVariant& value) override {
         m_working[modem_id].insert(name, value.toJsonObject());
     }
     QJsonObject GetAll(int modem_id) override { return m_working[modem_id]; }
-    QList<QVariant> GetIDs(const QString&, const QString&) override { return {}; }
-    bool DeleteDevices(const QList<int>&, const QDateTime&, const QDateTime&) override {
+    QList<QVariant> GetIDs(const QString& /*first*/, const QString& /*second*/) override {
+        return {};
+    }
+    bool DeleteDevices(const QList<int>& /*modem_ids*/, const QDateTime& /*from*/,
+                       const QDateTime& /*to*/) override {
         return true;
     }
     std::shared_ptr<QHash<int, QJsonObject>> GetAllStates(const QString& first,

@@ -67,8 +67,8 @@ public:
     std::list<model::dev_event> storedEvents;
     /// The sizes of the lists that were saved.
     std::list<std::size_t> batches;
-    std::function<void(model::dev_value&)> spoil = [](model::dev_value&) {};
-    std::function<void(model::dev_event&)> spoilEvent = [](model::dev_event&) {};
+    std::function<void(model::dev_value&)> spoil = [](model::dev_value& /*value*/) {};
+    std::function<void(model::dev_event&)> spoilEvent = [](model::dev_event& /*event*/) {};
 
 private:
     template <class Value>

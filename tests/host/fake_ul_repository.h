@@ -42,10 +42,10 @@ public:
         });
     }
 
-    std::pair<QString, QString> GetDeviceProtocolHWType(int) override { return {}; }
+    std::pair<QString, QString> GetDeviceProtocolHWType(int /*modem_id*/) override { return {}; }
 
     std::list<model::message> stored;
-    std::function<void(model::message&)> spoil = [](model::message&) {};
+    std::function<void(model::message&)> spoil = [](model::message& /*message*/) {};
     int deletions = 0;
 
 private:

@@ -1,9 +1,1 @@
-#include <QObject>
-
-/// A Qt plug-in that has nothing to do with storage.
-class ForeignPlugin : public QObject {
-    Q_OBJECT
-    Q_PLUGIN_METADATA(IID "org.kelvrostorage.tests.foreign")
-};
-
-#include "foreign_plugin.moc"
+#include "tests/host/foreign_plugin.h"

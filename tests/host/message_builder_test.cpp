@@ -53,8 +53,8 @@ TEST(MessageBuilder, AssignsTimesInWholeSeconds) {
 
 TEST(MessageBuilder, LetsMessagesExpireTwelveHoursAfterTheStart) {
     const auto messages = buildMessages({telegram(), telegram()}, start);
-    EXPECT_EQ(messages[0].ttl, start.addSecs(12 * 60 * 60));
-    EXPECT_EQ(messages[1].ttl, start.addSecs(12 * 60 * 60));
+    EXPECT_EQ(messages[0].ttl, start.addSecs(43'200));
+    EXPECT_EQ(messages[1].ttl, start.addSecs(43'200));
 }
 
 TEST(MessageBuilder, GivesTheMessagesOfARunAndOfTheNextIdsOfTheirOwn) {

@@ -22,7 +22,7 @@ const auto older = message(1, 10, 100);
 const auto newer = message(1, 11, 200);
 const auto other = message(2, 12, 150);
 
-bool all(const model::message&) {
+bool all(const model::message& /*message*/) {
     return true;
 }
 

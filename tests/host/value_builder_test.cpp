@@ -38,7 +38,7 @@ TEST(ValueBuilder, MarksTheValueAsTheDemos) {
 }
 
 TEST(ValueBuilder, LetsTheValueExpireTwelveHoursAfterTheStart) {
-    EXPECT_EQ(build().ttl, start.addSecs(12 * 60 * 60));
+    EXPECT_EQ(build().ttl, start.addSecs(43'200));
 }
 
 } // namespace
