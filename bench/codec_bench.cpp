@@ -49,7 +49,8 @@ bool equal(const document_view& left, const document_view& right) {
 
 /// Reads or writes all items as often as a block needs; the results are let go one by one.
 template <typename Item, typename Convert>
-std::function<std::size_t()> loop(std::shared_ptr<const std::vector<Item>> items, Convert convert) {
+std::function<std::size_t()> loop(const std::shared_ptr<const std::vector<Item>>& items,
+                                  const Convert& convert) {
     const std::size_t rounds = (minPerBlock + items->size() - 1) / items->size();
     return [items, convert, rounds] {
         for (std::size_t round = 0; round < rounds; ++round) {
@@ -66,8 +67,8 @@ std::function<std::size_t()> loop(std::shared_ptr<const std::vector<Item>> items
 /// record.
 template <typename Record, typename Read, typename ReadText>
 void compareReaders(const std::string& name, const std::string& input, Goal goal,
-                    const std::function<std::vector<Record>()>& records, Read read,
-                    ReadText readText) {
+                    const std::function<std::vector<Record>()>& records, const Read& read,
+                    const ReadText& readText) {
     registerComparison({name, input, goal}, [=] {
         const auto documents =
             std::make_shared<const std::vector<document_value>>(documentsOf(records()));
@@ -85,7 +86,7 @@ void compareReaders(const std::string& name, const std::string& input, Goal goal
 /// same record.
 template <typename Record, typename Read>
 void compareWriters(const std::string& name, const std::string& input,
-                    const std::function<std::vector<Record>()>& makeRecords, Read read) {
+                    const std::function<std::vector<Record>()>& makeRecords, const Read& read) {
     registerComparison({name, input, untold}, [=] {
         const auto records = std::make_shared<const std::vector<Record>>(makeRecords());
         const auto write = [](const Record& record) { return bson_utils::toBson(record); };

@@ -123,7 +123,7 @@ void runComparison(benchmark::State& state, const Comparison& comparison,
     constexpr int minPairs = 7;
     constexpr double quickSecs = 0.1;
     constexpr int quickMinPairs = 2;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto iteration : state) {
         try {
             Contest contest = prepare();
             if (options.quick) {
@@ -207,7 +207,7 @@ bool writeResults(const QJsonObject& environment) {
 void registerComparison(const Comparison& comparison, const std::function<Contest()>& prepare) {
     const std::string name = comparison.operation + '/' + comparison.input;
     benchmark::RegisterBenchmark(
-        name.c_str(), [=](benchmark::State& state) { runComparison(state, comparison, prepare); })
+        name, [=](benchmark::State& state) { runComparison(state, comparison, prepare); })
         ->Iterations(1)
         ->UseManualTime();
 }

@@ -1,8 +1,7 @@
 #include "bench/contest.h"
 
-#include <time.h>
-
 #include <algorithm>
+#include <ctime>
 #include <stdexcept>
 #include <string>
 

@@ -9,11 +9,13 @@
 
 // glibc's own functions, under the names that it keeps for those who put something before them.
 extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier)
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
+// NOLINTEND(bugprone-reserved-identifier)
 }
 
 namespace bench::counting_heap {
@@ -62,6 +64,8 @@ using bench::counting_heap::added;
 using bench::counting_heap::removed;
 using bench::counting_heap::sizeOf;
 
+// The library's headers name the parameters with reserved identifiers.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 
 [[gnu::visibility("default")]] void* malloc(std::size_t size) {
@@ -102,3 +106,4 @@ extern "C" {
 }
 
 } // extern "C"
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)

@@ -24,6 +24,7 @@ RawRedis& storeClients(Stores& stores, std::size_t size) {
 Contest getDeviceClients(Stores& stores, std::size_t size) {
     RawRedis& redis = storeClients(stores, size);
     std::vector<std::string> members;
+    members.reserve(size);
     for (std::size_t device = 0; device < size; ++device) {
         members.push_back(RawRedis::wire({"SMEMBERS", clientsKey(device)}));
     }
@@ -38,6 +39,7 @@ Contest getDeviceClients(Stores& stores, std::size_t size) {
 Contest getDeviceInfo(Stores& stores, std::size_t size) {
     RawRedis& redis = storeClients(stores, size);
     std::vector<std::pair<std::string, std::string>> fields;
+    fields.reserve(size);
     for (std::size_t device = 0; device < size; ++device) {
         fields.emplace_back(RawRedis::wire({"HGET", propertiesKey(device), "hw_type"}),
                             RawRedis::wire({"HGET", propertiesKey(device), "protocol"}));

@@ -88,7 +88,7 @@ Contest getAllStates(Stores& stores, std::size_t size) {
                     } while (cursor != "0");
                     return devices->redis->send(ready)->elements;
                 },
-            .afterBlock = [answer] { answer->reset(); }};
+            .afterBlock = [answer] { *answer = nullptr; }};
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 /// What the comparisons of the stores have in common.
@@ -129,15 +130,15 @@ std::size_t countRecords(const Result& byDevice) {
 /// The subject's answer is let go after the block, for how long a host keeps it is its own affair.
 /// `query` returns the shared map of records, `baseline` the number of documents.
 template <typename Query>
-Contest readContest(Query query, const std::function<std::size_t()>& baseline) {
-    const auto answer = std::make_shared<decltype(query())>();
+Contest readContest(const Query& query, const std::function<std::size_t()>& baseline) {
+    const auto answer = std::make_shared<std::invoke_result_t<Query&>>();
     return {.subject =
-                [=]() mutable {
-                    *answer = query();
+                [ask = query, answer]() mutable {
+                    *answer = ask();
                     return countRecords(**answer);
                 },
             .baseline = baseline,
-            .afterBlock = [=] { answer->reset(); }};
+            .afterBlock = [=] { *answer = nullptr; }};
 }
 
 /// Before every block the documents are put back; afterwards there must be none.
