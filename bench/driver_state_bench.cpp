@@ -7,6 +7,7 @@
 #include <QJsonObject>
 
 #include <stdexcept>
+#include <utility>
 #include <variant>
 
 namespace bench {
@@ -69,7 +70,7 @@ Contest pull(Stores& stores, std::size_t size, bool fromCopy) {
 Contest getAllStates(Stores& stores, std::size_t size) {
     const auto devices = storeStates(stores, size, Copies::none);
     QList<QByteArray> allStates{"MGET"};
-    for (int device = 0; device < static_cast<int>(size); ++device) {
+    for (int device = 0; std::cmp_less(device, size); ++device) {
         allStates.append(keyOf(device));
     }
     const auto answer = std::make_shared<std::shared_ptr<QHash<int, QJsonObject>>>();

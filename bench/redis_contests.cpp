@@ -9,6 +9,7 @@
 #include <mongocxx/v1/update_one_result.hpp>
 
 #include <stdexcept>
+#include <utility>
 
 namespace bench {
 
@@ -43,7 +44,7 @@ std::shared_ptr<StoredDevices> storeDevices(Stores& stores, int db, std::string_
     auto stored = stores.fresh(collection, field::indexes);
     devices->redis = &stores.rawRedis(db);
     devices->copies = std::make_shared<mongocxx::v1::collection>(stores.raw(collection));
-    for (int device = 0; device < static_cast<int>(size); ++device) {
+    for (int device = 0; std::cmp_less(device, size); ++device) {
         push(device);
         const QByteArray key = keyOf(device);
         const auto text = redis.run({"GET", key});
