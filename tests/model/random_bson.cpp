@@ -55,7 +55,8 @@ private:
         case member::int32:
             return leaf(member.key, raw::int32(member.key, static_cast<std::int32_t>(m_random())));
         case member::int64:
-            return leaf(member.key, raw::int64(member.key, 1'500'000'000 + below(900'000'000)));
+            return leaf(member.key,
+                        raw::int64(member.key, std::int64_t{1'500'000'000} + below(900'000'000)));
         case member::text:
             return leaf(member.key, raw::string(member.key, text()));
         case member::hex:
