@@ -119,7 +119,7 @@ Connection::Exception Connection::exception(const QByteArray& commandName,
                           std::to_string(m_config.port()) + ": " +
                           commandName.left(maxNameLength).toStdString() + ": " + cause;
     // what() ends at a zero character.
-    std::replace(message.begin(), message.end(), '\0', '?');
+    std::ranges::replace(message, '\0', '?');
     return Exception(message);
 }
 

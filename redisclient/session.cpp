@@ -81,8 +81,8 @@ bool letsIn(const Response& response) {
     if (!response.isErrorMessage()) {
         return response.getValue() == QByteArray("PONG");
     }
-    return std::none_of(keepOut.begin(), keepOut.end(),
-                        [&](const char* code) { return response.errorMessage().startsWith(code); });
+    return std::ranges::none_of(
+        keepOut, [&](const char* code) { return response.errorMessage().startsWith(code); });
 }
 
 std::string refusalText(const Response& response) {
@@ -203,8 +203,8 @@ Response Session::roundTrip(const QList<QByteArray>& parts, Clock::time_point de
     m_receivedElements = 0;
     m_refusal = nullptr;
 
-    if (::redisAppendCommandArgv(m_context.get(), static_cast<int>(parts.size()), starts.data(),
-                                 sizes.data()) != REDIS_OK) {
+    if (::redisAppendCommandArgv(m_context.get(), parts.size(), starts.data(), sizes.data()) !=
+        REDIS_OK) {
         throw failure();
     }
     void* raw = nullptr;

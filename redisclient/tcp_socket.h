@@ -16,6 +16,8 @@ public:
     ~TcpSocket();
     TcpSocket(TcpSocket&& other) noexcept;
     TcpSocket& operator=(TcpSocket&& other) noexcept;
+    TcpSocket(const TcpSocket&) = delete;
+    TcpSocket& operator=(const TcpSocket&) = delete;
 
     int fd() const { return m_fd; }
     /// Gives the socket away.

@@ -21,7 +21,9 @@ public:
         return static_cast<std::uint32_t>(m_engine()) % limit;
     }
     int anyInt() { return static_cast<int>(m_engine()); }
-    quint64 anyUnsigned64() { return (quint64{m_engine()} << 32 | quint64{m_engine()}) >> below(64); }
+    quint64 anyUnsigned64() {
+        return (quint64{m_engine()} << 32 | quint64{m_engine()}) >> below(64);
+    }
 
     /// Of up to nine characters from ASCII, control characters, the whole basic plane and pairs of
     /// surrogates; never a lone surrogate, never a byte order mark.
