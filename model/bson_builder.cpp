@@ -1,6 +1,7 @@
 #include "model/bson_builder.h"
 
 #include "model/bson_error.h"
+#include "model/utf8_text.h"
 
 #include <limits>
 #include <string>
@@ -97,8 +98,7 @@ void bson_builder::appendUtf8(std::string_view key, std::string_view utf8) {
 }
 
 void bson_builder::appendString(std::string_view key, const QString& value) {
-    const QByteArray utf8 = value.toUtf8();
-    appendUtf8(key, {utf8.constData(), static_cast<std::size_t>(utf8.size())});
+    appendUtf8(key, utf8_text{value}.view());
 }
 
 void bson_builder::appendDate(std::string_view key, std::int64_t utcMsecs) {

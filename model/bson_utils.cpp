@@ -7,6 +7,7 @@
 #include "model/json_parsing.h"
 #include "model/json_typing.h"
 #include "model/ul_messages_layout.h"
+#include "model/utf8_text.h"
 
 #include <bsoncxx/v1/types/id.hpp>
 #include <bsoncxx/v1/types/view.hpp>
@@ -86,8 +87,8 @@ void appendJsonValue(bson_builder& parent, std::string_view key, const QJsonValu
 
 void appendMembers(bson_builder& document, const QJsonObject& json) {
     for (auto member = json.constBegin(); member != json.constEnd(); ++member) {
-        const QByteArray key = member.key().toUtf8();
-        appendJsonValue(document, view(key), member.value());
+        const utf8_text key{member.key()};
+        appendJsonValue(document, key.view(), member.value());
     }
 }
 

@@ -1,6 +1,7 @@
 #include "model/json_typing.h"
 
-#include <QByteArray>
+#include "model/utf8_text.h"
+
 #include <QJsonArray>
 #include <QJsonValue>
 #include <QString>
@@ -26,7 +27,10 @@ constexpr double wholeLimit = 9007199254740992.0;
 /// Far above the smallest numbers, which strtod() reports as out of range.
 constexpr double fractionLimit = 1e-290;
 
-bool isOrdinary(const QString& text) {
+bool isOrdinary(const utf8_text& utf8, const QString& text) {
+    if (utf8.isAscii()) {
+        return utf8.view().find('\0') == std::string_view::npos;
+    }
     return std::ranges::none_of(text, [](QChar c) { return c.isNull() || c.isSurrogate(); });
 }
 
@@ -65,8 +69,9 @@ bool appendValue(bson_builder& parent, std::string_view key, const QJsonValue& v
         return appendNumber(parent, key, value.toDouble());
     case QJsonValue::String: {
         const QString text = value.toString();
-        parent.appendString(key, text);
-        return isOrdinary(text);
+        const utf8_text utf8{text};
+        parent.appendUtf8(key, utf8.view());
+        return isOrdinary(utf8, text);
     }
     case QJsonValue::Array:
         if (ordinary) {
@@ -91,12 +96,9 @@ bool appendValue(bson_builder& parent, std::string_view key, const QJsonValue& v
 bool appendMembers(bson_builder& document, const QJsonObject& json, int depth) {
     for (auto member = json.constBegin(); member != json.constEnd(); ++member) {
         const QString key = member.key();
-        if (key.isEmpty() || key.startsWith(QLatin1Char('$')) || !isOrdinary(key)) {
-            return false;
-        }
-        const QByteArray utf8 = key.toUtf8();
-        if (!appendValue(document, {utf8.constData(), static_cast<std::size_t>(utf8.size())},
-                         member.value(), depth)) {
+        const utf8_text utf8{key};
+        if (key.isEmpty() || key.startsWith(QLatin1Char('$')) || !isOrdinary(utf8, key) ||
+            !appendValue(document, utf8.view(), member.value(), depth)) {
             return false;
         }
     }
