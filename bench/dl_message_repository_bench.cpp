@@ -1,6 +1,6 @@
 #include "bench/records.h"
 #include "bench/store_contests.h"
-#include "model/dl_messages_layout.h"
+#include "model/documents/dl_message.h"
 #include "mongo/query.h"
 
 #include <bsoncxx/v1/types/view.hpp>

@@ -1,6 +1,6 @@
 #include "bench/records.h"
 #include "bench/redis_contests.h"
-#include "model/persistent_layout.h"
+#include "model/documents/device_object.h"
 
 namespace bench {
 

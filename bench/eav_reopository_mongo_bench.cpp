@@ -1,7 +1,7 @@
 #include "bench/records.h"
 #include "bench/store_contests.h"
-#include "model/eav_events_layout.h"
-#include "model/eav_values_layout.h"
+#include "model/documents/dev_event.h"
+#include "model/documents/dev_value.h"
 #include "mongo/query.h"
 
 #include <numeric>

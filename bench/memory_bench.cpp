@@ -4,7 +4,7 @@
 #include "bench/counting_heap.h"
 #include "bench/records.h"
 #include "bench/store_contests.h"
-#include "model/eav_values_layout.h"
+#include "model/documents/dev_value.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

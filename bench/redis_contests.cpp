@@ -1,6 +1,6 @@
 #include "bench/redis_contests.h"
 
-#include "model/persistent_layout.h"
+#include "model/documents/device_object.h"
 #include "mongo/query.h"
 
 #include <bsoncxx/v1/types/view.hpp>

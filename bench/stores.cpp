@@ -1,6 +1,6 @@
 #include "bench/stores.h"
 
-#include "model/bson_builder.h"
+#include "model/bson/bson_builder.h"
 #include "mongo/store_layout.h"
 
 #include <bsoncxx/v1/types/view.hpp>

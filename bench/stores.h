@@ -11,7 +11,7 @@
 #include "interfaces/ieav_repository.h"
 #include "interfaces/imessages_database.h"
 #include "interfaces/iul_app_message_repository.h"
-#include "model/index_layout.h"
+#include "model/documents/index_layout.h"
 
 #include <bsoncxx/v1/document/value.hpp>
 #include <bsoncxx/v1/document/view.hpp>

@@ -1,6 +1,6 @@
 #include "bench/text_path.h"
 
-#include "model/bson_builder.h"
+#include "model/bson/bson_builder.h"
 
 #include <bson/bson.h>
 

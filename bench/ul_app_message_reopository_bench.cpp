@@ -1,6 +1,6 @@
 #include "bench/records.h"
 #include "bench/store_contests.h"
-#include "model/ul_messages_layout.h"
+#include "model/documents/ul_message.h"
 #include "mongo/query.h"
 
 #include <mongocxx/v1/insert_one_result.hpp>

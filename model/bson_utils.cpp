@@ -1,13 +1,13 @@
 #include "model/bson_utils.h"
 
-#include "model/dl_messages_layout.h"
-#include "model/eav_events_layout.h"
-#include "model/eav_values_layout.h"
+#include "model/documents/dl_message.h"
+#include "model/documents/dev_event.h"
+#include "model/documents/dev_value.h"
 #include "model/field_lookup.h"
 #include "model/json_parsing.h"
 #include "model/json_typing.h"
-#include "model/ul_messages_layout.h"
-#include "model/utf8_text.h"
+#include "model/documents/ul_message.h"
+#include "model/bson/utf8_text.h"
 
 #include <bsoncxx/v1/types/id.hpp>
 #include <bsoncxx/v1/types/view.hpp>

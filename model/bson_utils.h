@@ -1,11 +1,11 @@
 #pragma once
 
-#include "model/bson_builder.h"
-#include "model/bson_error.h"
+#include "model/bson/bson_builder.h"
+#include "model/bson/bson_error.h"
 #include "model/dev_event.h"
 #include "model/dev_value.h"
 #include "model/dl_message.h"
-#include "model/local_times.h"
+#include "model/bson/local_times.h"
 #include "model/message.h"
 
 #include <bsoncxx/v1/array/value.hpp>
@@ -55,8 +55,7 @@ QJsonArray fromBsonArr(const bsoncxx::v1::array::view& array);
 /// One value that is neither a document nor an array (both give null here).
 QJsonValue fromBsonOther(const bsoncxx::v1::element::view& element);
 
-/// The stored documents; their layouts stand in ul_messages_layout.h, dl_messages_layout.h,
-/// eav_values_layout.h and eav_events_layout.h.
+/// The stored documents; their layouts stand in model/documents/.
 bsoncxx::v1::document::value toBson(const model::message& message);
 bsoncxx::v1::document::value toBson(const model::dl_message& message);
 bsoncxx::v1::document::value toBson(const model::dev_value& value);

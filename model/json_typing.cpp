@@ -1,6 +1,6 @@
 #include "model/json_typing.h"
 
-#include "model/utf8_text.h"
+#include "model/bson/utf8_text.h"
 
 #include <QJsonArray>
 #include <QJsonValue>

@@ -1,6 +1,6 @@
 #include "model/legacy_json.h"
 
-#include "model/bson_error.h"
+#include "model/bson/bson_error.h"
 
 #include <QJsonArray>
 

@@ -1,9 +1,9 @@
 #include "model/legacy_readers.h"
 
-#include "model/dl_messages_layout.h"
-#include "model/eav_events_layout.h"
-#include "model/eav_values_layout.h"
-#include "model/json_variant.h"
+#include "model/documents/dl_message.h"
+#include "model/documents/dev_event.h"
+#include "model/documents/dev_value.h"
+#include "model/json/json_variant.h"
 #include "model/legacy_json.h"
 
 #include <QJsonDocument>

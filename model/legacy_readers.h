@@ -3,7 +3,7 @@
 #include "model/dev_event.h"
 #include "model/dev_value.h"
 #include "model/dl_message.h"
-#include "model/local_times.h"
+#include "model/bson/local_times.h"
 
 #include <bsoncxx/v1/document/view.hpp>
 

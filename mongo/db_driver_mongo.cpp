@@ -1,7 +1,7 @@
 #include "mongo/db_driver_mongo.h"
 
-#include "model/dl_messages_layout.h"
-#include "model/ul_messages_layout.h"
+#include "model/documents/dl_message.h"
+#include "model/documents/ul_message.h"
 #include "mongo/store_layout.h"
 
 #include <mongocxx/v1/collection.hpp>

@@ -1,7 +1,7 @@
 #include "mongo/dl_message_repository.h"
 
 #include "model/bson_utils.h"
-#include "model/dl_messages_layout.h"
+#include "model/documents/dl_message.h"
 #include "model/legacy_readers.h"
 #include "mongo/operation_log.h"
 #include "mongo/query.h"

@@ -1,6 +1,6 @@
 #include "mongo/dl_queue_persistent.h"
 
-#include "model/persistent_layout.h"
+#include "model/documents/device_object.h"
 
 namespace mongo {
 

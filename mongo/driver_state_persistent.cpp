@@ -1,6 +1,6 @@
 #include "mongo/driver_state_persistent.h"
 
-#include "model/persistent_layout.h"
+#include "model/documents/device_object.h"
 
 namespace mongo {
 

@@ -1,7 +1,7 @@
 #include "mongo/eav_db_driver_mongo.h"
 
-#include "model/eav_events_layout.h"
-#include "model/eav_values_layout.h"
+#include "model/documents/dev_event.h"
+#include "model/documents/dev_value.h"
 #include "mongo/store_layout.h"
 
 #include <mongocxx/v1/collection.hpp>

@@ -1,8 +1,8 @@
 #include "mongo/eav_reopository_mongo.h"
 
 #include "model/bson_utils.h"
-#include "model/eav_events_layout.h"
-#include "model/eav_values_layout.h"
+#include "model/documents/dev_event.h"
+#include "model/documents/dev_value.h"
 #include "model/legacy_readers.h"
 #include "mongo/operation_log.h"
 #include "mongo/query.h"

@@ -2,7 +2,7 @@
 
 #include "model/bson_utils.h"
 #include "model/legacy_json.h"
-#include "model/persistent_layout.h"
+#include "model/documents/device_object.h"
 #include "mongo/store_layout.h"
 
 #include <mongocxx/v1/delete_one_result.hpp>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/bson_builder.h"
+#include "model/bson/bson_builder.h"
 
 #include <mongocxx/v1/find_options.hpp>
 

@@ -1,6 +1,6 @@
 #include "mongo/store_layout.h"
 
-#include "model/bson_builder.h"
+#include "model/bson/bson_builder.h"
 
 #include <mongocxx/v1/collection.hpp>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/index_layout.h"
+#include "model/documents/index_layout.h"
 
 #include <mongocxx/v1/collection-fwd.hpp>
 

@@ -1,7 +1,7 @@
 #include "mongo/ul_app_message_reopository.h"
 
 #include "model/bson_utils.h"
-#include "model/ul_messages_layout.h"
+#include "model/documents/ul_message.h"
 #include "mongo/operation_log.h"
 #include "mongo/query.h"
 

@@ -1,6 +1,6 @@
 #include "redis/driver_state.h"
 
-#include "model/json_variant.h"
+#include "model/json/json_variant.h"
 
 #include <QJsonDocument>
 #include <QStringList>

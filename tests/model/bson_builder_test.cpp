@@ -1,6 +1,6 @@
-#include "model/bson_builder.h"
+#include "model/bson/bson_builder.h"
 
-#include "model/bson_error.h"
+#include "model/bson/bson_error.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
 #include "tests/support/raw_bson.h"

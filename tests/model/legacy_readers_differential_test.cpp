@@ -1,4 +1,4 @@
-#include "model/bson_error.h"
+#include "model/bson/bson_error.h"
 #include "model/legacy_readers.h"
 #include "tests/model/legacy_text_readers.h"
 #include "tests/model/random_bson.h"

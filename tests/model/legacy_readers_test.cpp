@@ -1,5 +1,5 @@
 #include "model/legacy_readers.h"
-#include "model/bson_error.h"
+#include "model/bson/bson_error.h"
 #include "tests/support/raw_bson.h"
 #include "tests/support/record_equality.h"
 

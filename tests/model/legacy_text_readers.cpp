@@ -1,6 +1,6 @@
 #include "tests/model/legacy_text_readers.h"
 
-#include "model/bson_error.h"
+#include "model/bson/bson_error.h"
 
 #include <bson/bson.h>
 

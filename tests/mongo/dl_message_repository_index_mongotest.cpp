@@ -1,5 +1,5 @@
 #include "model/bson_utils.h"
-#include "model/dl_messages_layout.h"
+#include "model/documents/dl_message.h"
 #include "mongo/store_layout.h"
 #include "tests/mongo/downlink_repository_fixture.h"
 

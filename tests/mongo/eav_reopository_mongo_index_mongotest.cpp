@@ -1,6 +1,6 @@
 #include "model/bson_utils.h"
-#include "model/eav_events_layout.h"
-#include "model/eav_values_layout.h"
+#include "model/documents/dev_event.h"
+#include "model/documents/dev_value.h"
 #include "mongo/store_layout.h"
 #include "tests/mongo/eav_repository_fixture.h"
 

@@ -1,6 +1,6 @@
 #include "mongo/store_layout.h"
 
-#include "model/ul_messages_layout.h"
+#include "model/documents/ul_message.h"
 #include "tests/support/mongo_commands.h"
 #include "tests/support/mongo_database.h"
 

@@ -1,6 +1,6 @@
 #include "mongo/ul_app_message_reopository.h"
 
-#include "model/bson_error.h"
+#include "model/bson/bson_error.h"
 #include "tests/mongo/uplink_repository_fixture.h"
 #include "tests/support/record_equality.h"
 

@@ -1,5 +1,5 @@
 #include "model/bson_utils.h"
-#include "model/ul_messages_layout.h"
+#include "model/documents/ul_message.h"
 #include "mongo/store_layout.h"
 #include "tests/mongo/uplink_repository_fixture.h"
 

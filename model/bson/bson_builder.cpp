@@ -1,7 +1,7 @@
-#include "model/bson_builder.h"
+#include "model/bson/bson_builder.h"
 
-#include "model/bson_error.h"
-#include "model/utf8_text.h"
+#include "model/bson/bson_error.h"
+#include "model/bson/utf8_text.h"
 
 #include <limits>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/index_layout.h"
+#include "model/documents/index_layout.h"
 
 /// The two collections of durable copies, one document per device. Frozen: stores in the field
 /// hold these documents.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/index_layout.h"
+#include "model/documents/index_layout.h"
 
 /// The collection of meter readings. Frozen: stores in the field hold these documents.
 ///

@@ -1,4 +1,4 @@
-#include "model/json_variant.h"
+#include "model/json/json_variant.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
