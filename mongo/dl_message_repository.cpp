@@ -2,7 +2,6 @@
 
 #include "model/bson_utils.h"
 #include "model/documents/dl_message.h"
-#include "model/legacy_readers.h"
 #include "mongo/operation_log.h"
 #include "mongo/query.h"
 
@@ -71,7 +70,8 @@ model::dl_message DLMessageRepository::GetById(const QString& id) {
         throw QStringLiteral("not exist");
     }
     log.write(QStringLiteral("Get DL messages by ID executed in %1ms"));
-    return bson_utils::fromBsonDL(*document);
+    bson_utils::local_times times;
+    return bson_utils::readDocument<model::dl_message>(*document, times);
 }
 
 std::shared_ptr<std::map<int, std::list<model::dl_message>>>
@@ -93,7 +93,7 @@ DLMessageRepository::GetNotAckCommands(const model::filter_dl& filter) {
 std::shared_ptr<std::map<int, std::list<model::dl_message>>>
 DLMessageRepository::findByDevice(const model::filter_dl& filter, acknowledged which) {
     auto commands = std::make_shared<std::map<int, std::list<model::dl_message>>>();
-    bson_utils::legacy_reader reader;
+    bson_utils::local_times times;
     for (const int modem_id : filter.modem_ids) {
         bson_builder query;
         query.appendInt32(field::modem_id, modem_id);
@@ -107,7 +107,8 @@ DLMessageRepository::findByDevice(const model::filter_dl& filter, acknowledged w
         auto cursor = m_database.collection(field::collection)
                           .find(query.take(), newestFirst(field::timestamp, filter.limit));
         for (const auto& document : cursor) {
-            (*commands)[modem_id].push_back(reader.readDL(document));
+            (*commands)[modem_id].push_back(
+                bson_utils::readDocument<model::dl_message>(document, times));
         }
     }
     return commands;

@@ -3,7 +3,6 @@
 #include "model/bson_utils.h"
 #include "model/documents/dev_event.h"
 #include "model/documents/dev_value.h"
-#include "model/legacy_readers.h"
 #include "mongo/operation_log.h"
 #include "mongo/query.h"
 
@@ -70,7 +69,7 @@ EAVRepositoryMongo::GetValues(const model::filter_eav& filter) {
 void EAVRepositoryMongo::findFirstAndLast(const model::filter_eav& filter,
                                           values_by_device& found) {
     auto collection = m_database.collection(value_field::collection);
-    bson_utils::legacy_reader reader;
+    bson_utils::local_times times;
     for (const int modem_id : filter.modem_ids) {
         for (const QString& obis_code : filter.obis_codes) {
             bson_builder builder;
@@ -89,7 +88,8 @@ void EAVRepositoryMongo::findFirstAndLast(const model::filter_eav& filter,
                  {newestFirst(value_field::timestamp, 1), oldestFirst(value_field::timestamp, 1)}) {
                 auto cursor = collection.find(query, options);
                 for (const auto& document : cursor) {
-                    found[modem_id].push_back(reader.readValue(document));
+                    found[modem_id].push_back(
+                        bson_utils::readDocument<model::dev_value>(document, times));
                 }
             }
         }
@@ -108,9 +108,9 @@ void EAVRepositoryMongo::findPlain(const model::filter_eav& filter, values_by_de
     }
     auto cursor = m_database.collection(value_field::collection)
                       .find(query.take(), newestFirst(value_field::timestamp, filter.limit));
-    bson_utils::legacy_reader reader;
+    bson_utils::local_times times;
     for (const auto& document : cursor) {
-        model::dev_value value = reader.readValue(document);
+        model::dev_value value = bson_utils::readDocument<model::dev_value>(document, times);
         found[value.modem_id].push_back(std::move(value));
     }
 }
@@ -128,9 +128,9 @@ EAVRepositoryMongo::GetEvents(const model::filter_eav& filter) {
         }
         auto cursor = m_database.collection(event_field::collection)
                           .find(query.take(), newestFirst(event_field::timestamp, filter.limit));
-        bson_utils::legacy_reader reader;
+        bson_utils::local_times times;
         for (const auto& document : cursor) {
-            model::dev_event event = reader.readEvent(document);
+            model::dev_event event = bson_utils::readDocument<model::dev_event>(document, times);
             (*events)[event.modem_id].push_back(std::move(event));
         }
     }

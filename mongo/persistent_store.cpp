@@ -1,7 +1,6 @@
 #include "mongo/persistent_store.h"
 
 #include "model/bson_utils.h"
-#include "model/legacy_json.h"
 #include "model/documents/device_object.h"
 #include "mongo/store_layout.h"
 
@@ -38,10 +37,8 @@ void persistent_store::create() {
 
 bool persistent_store::save(int modem_id, const QJsonObject& state) {
     bson_builder update;
-    update.appendDocument("$set", [&](bson_builder& set) {
-        set.appendInt32(field::id, modem_id);
-        set.appendDocument(field::state, bson_utils::toBson(state));
-    });
+    const bson_utils::device_object object{.modem_id = modem_id, .state = state};
+    update.appendDocument("$set", toBson(object));
     mongocxx::v1::update_one_options options;
     options.upsert(true);
     const auto result = documents().update_one(queryById(modem_id), update.take(), options);
@@ -53,16 +50,8 @@ QJsonObject persistent_store::get(int modem_id) {
     if (!document) {
         return {};
     }
-    QJsonObject state;
-    bson_utils::legacy_json element{*document};
-    while (element.next()) {
-        if (element.key() == field::state) {
-            state = element.toObject();
-        } else {
-            element.skip();
-        }
-    }
-    return element.renderable() ? state : QJsonObject{};
+    bson_utils::local_times times;
+    return bson_utils::readDocument<bson_utils::device_object>(*document, times).state;
 }
 
 bool persistent_store::remove(int modem_id) {
