@@ -77,13 +77,28 @@ parse_test_arguments() {
 }
 
 command_test() {
-    local options=(--output-on-failure --no-tests=error -j "$JOBS")
-    [[ -z $TEST_REGEX ]] || options+=(-R "$TEST_REGEX")
-    [[ -n $TEST_LONG ]] || options+=(-LE '^long$')
+    # Whole programs, or single cases by name: ctest knows both.
+    local options=(--output-on-failure --no-tests=error -j "$JOBS") left_out=case
+    local cases=$PROJECT/build/$TEST_PRESET/cases status=0
+    [[ -z $TEST_REGEX ]] || options+=(-R "$TEST_REGEX") left_out=program
+    [[ -n $TEST_LONG ]] || left_out+='|long'
+    options+=(-LE "^($left_out)$")
     build_preset "$TEST_PRESET"
     [[ ! -f build/.last-plugin ]] || export_plugin
     start_servers
-    run_child ctest --preset "$TEST_PRESET" "${options[@]}"
+    rm -rf "$cases"
+    [[ -n $TEST_REGEX ]] || export GTEST_OUTPUT=xml:$cases/
+    run_child ctest --preset "$TEST_PRESET" "${options[@]}" || status=$?
+    [[ -n $TEST_REGEX ]] || count_cases "$cases"
+    return "$status"
+}
+
+# count_cases FOLDER: sums up what the test programs have reported there.
+count_cases() {
+    local counts
+    counts=$(sed -n 's/^<testsuites tests="\([0-9]*\)" failures="\([0-9]*\)".*/\1 \2/p' \
+        "$1"/*.xml 2>/dev/null | awk '{ t += $1; f += $2 } END { print t + 0, "cases in", NR, "test programs,", f + 0, "cases failed" }')
+    say "$counts"
 }
 
 command_demo() {
