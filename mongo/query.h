@@ -8,10 +8,16 @@
 #include <QString>
 
 #include <list>
+#include <map>
+#include <memory>
 #include <string_view>
 
-/// The conditions that the repositories' queries are made of. Each appends one key.
+/// What the repositories' queries are made of. Each append… adds one condition.
 namespace mongo {
+
+/// What a query gives: the records of each device, by its number.
+template <typename Record>
+using by_device = std::map<int, std::list<Record>>;
 
 /// key: { "$gte": begin, "$lte": end }, whole seconds since the epoch as 64-bit integers.
 void appendPeriod(bson_utils::bson_builder& filter, std::string_view key, const QDateTime& begin,
@@ -21,7 +27,7 @@ void appendPeriod(bson_utils::bson_builder& filter, std::string_view key, const 
 void appendIn(bson_utils::bson_builder& filter, std::string_view key,
               const std::list<int>& numbers);
 
-/// key: { "$in": [ texts, in list order ] }
+/// key: { "$in": [ texts, in list order ] }. Nothing for an empty list, which stands for any text.
 void appendIn(bson_utils::bson_builder& filter, std::string_view key,
               const std::list<QString>& texts);
 
@@ -31,5 +37,14 @@ mongocxx::v1::find_options newestFirst(std::string_view key, int limit);
 
 /// As newestFirst, the other way round.
 mongocxx::v1::find_options oldestFirst(std::string_view key, int limit);
+
+/// Appends what `read` makes of each document to the records of its own device.
+template <typename Record, typename Cursor, typename Read>
+void collect(Cursor cursor, by_device<Record>& found, const Read& read) {
+    for (const auto& document : cursor) {
+        Record record = read(document);
+        found[record.modem_id].push_back(std::move(record));
+    }
+}
 
 } // namespace mongo
