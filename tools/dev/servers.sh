@@ -262,7 +262,10 @@ command_servers() {
 }
 
 command_with_servers() {
-    [[ -f $PROJECT/build/.last-plugin ]] || build_preset dev
+    if [[ ! -f $PROJECT/build/.last-plugin ]]; then
+        build_preset dev strict
+        unlock "$PROJECT/build/.lock" # what runs now may go on for hours
+    fi
     [[ ! -f $PROJECT/build/.last-plugin ]] || export_plugin
     start_servers
     run_child "$@"
