@@ -31,8 +31,8 @@ public:
     /// messages has no key.
     ///
     /// Throws bsoncxx::v1::exception if a stored document that the query finds lacks a member or
-    /// has it with another type than SaveMessage writes, is damaged, or holds text that is not
-    /// UTF-8. What was read before is lost then.
+    /// has it with another type than SaveMessage writes, or is damaged. What was read before is
+    /// lost then. Bytes of a text that are not UTF-8 are replaced.
     virtual std::shared_ptr<std::map<int, std::list<model::message>>>
     GetMessages(const model::filter_roll& filter) = 0;
 

@@ -23,8 +23,8 @@ public:
     void SaveMessage(const model::message& message) override;
 
     /// Finds by device and period; by tag too unless the period is that of detection. A document
-    /// that lacks a member, has it with another type, is damaged or holds invalid UTF-8 ends the
-    /// query with bsoncxx::v1::exception.
+    /// that lacks a member, has it with another type or is damaged ends the query with
+    /// bsoncxx::v1::exception.
     std::shared_ptr<by_device<model::message>>
     GetMessages(const model::filter_roll& filter) override;
 

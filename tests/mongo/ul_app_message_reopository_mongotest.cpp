@@ -1,9 +1,9 @@
 #include "mongo/ul_app_message_reopository.h"
 
-#include "model/bson/bson_error.h"
 #include "tests/mongo/uplink_repository_fixture.h"
 #include "tests/support/record_equality.h"
 
+#include <bsoncxx/v1/exception.hpp>
 #include <mongocxx/v1/exception.hpp>
 
 #include <limits>
@@ -152,15 +152,17 @@ TEST_F(UplinkRepositorySave, AsksTheServerNothingForContentThatHasNoBsonForm) {
     model::message message = uplink{};
     message.data = QJsonDocument::fromJson(R"({"id": {"$oid": "no ObjectId"}})");
 
-    EXPECT_THROW(repository.SaveMessage(message), bson_utils::bson_error);
+    EXPECT_THROW(repository.SaveMessage(message), bsoncxx::v1::exception);
     EXPECT_THAT(client.sentNames(), IsEmpty());
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(UplinkRepositorySave, IsOneRequest) {
+TEST_F(UplinkRepositorySave, IsOneRequestWithoutOptions) {
     repository.SaveMessage(uplink{});
 
-    EXPECT_THAT(client.sentNames(), ElementsAre("insert"));
+    EXPECT_EQ(client.onlySent().asked(),
+              canonical(R"({"insert": "ul_messages", "ordered": true, "documents": [)" +
+                        database.documents(collection).front() + "]}"));
 }
 
 TEST_F(UplinkRepositorySave, LogsItsDuration) {
@@ -222,8 +224,8 @@ TEST_F(UplinkRepositoryDelete, SendsTheDevicesAloneAsItsFilter) {
     filter.tags = {"readings"_q};
     repository.DeleteMessages(filter);
 
-    EXPECT_EQ(client.onlySent().part({"delete", "deletes"}), canonical(R"({
-        "delete": "ul_messages",
+    EXPECT_EQ(client.onlySent().asked(), canonical(R"({
+        "delete": "ul_messages", "ordered": true,
         "deletes": [{"q": {"modem_id": {"$in": [5, -3, 5]}}, "limit": 0}]
     })"));
 }
