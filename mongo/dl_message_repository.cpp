@@ -2,7 +2,6 @@
 
 #include "model/bson_utils.h"
 #include "model/documents/dl_message.h"
-#include "model/legacy_readers.h"
 #include "mongo/operation_log.h"
 
 #include <bsoncxx/v1/exception.hpp>
@@ -59,12 +58,13 @@ bsoncxx::v1::document::value conditionsOf(int modem_id, const QDateTime& begin,
 std::shared_ptr<by_device<model::dl_message>>
 findByDevice(mongocxx::v1::collection collection, const model::filter_dl& filter, wanted which) {
     auto commands = std::make_shared<by_device<model::dl_message>>();
-    bson_utils::legacy_reader reader;
+    bson_utils::local_times times;
     for (const int modem_id : filter.modem_ids) {
         auto cursor = collection.find(conditionsOf(modem_id, filter.begin, filter.end, which),
                                       newestFirst(field::timestamp, filter.limit));
         for (const auto& document : cursor) {
-            (*commands)[modem_id].push_back(reader.readDL(document));
+            (*commands)[modem_id].push_back(
+                bson_utils::readDocument<model::dl_message>(document, times));
         }
     }
     return commands;
@@ -100,7 +100,8 @@ model::dl_message DLMessageRepository::GetById(const QString& id) {
         throw QStringLiteral("not exist");
     }
     log.write(QStringLiteral("Get DL messages by ID executed in %1ms"));
-    return bson_utils::fromBsonDL(*document);
+    bson_utils::local_times times;
+    return bson_utils::readDocument<model::dl_message>(*document, times);
 }
 
 std::shared_ptr<by_device<model::dl_message>>

@@ -3,7 +3,6 @@
 #include "model/bson_utils.h"
 #include "model/documents/dev_event.h"
 #include "model/documents/dev_value.h"
-#include "model/legacy_readers.h"
 #include "mongo/operation_log.h"
 
 #include <mongocxx/v1/collection.hpp>
@@ -67,7 +66,7 @@ bsoncxx::v1::document::value conditionsOf(const model::filter_eav& filter, int m
 
 void findFirstAndLast(mongocxx::v1::collection& collection, const model::filter_eav& filter,
                       by_device<model::dev_value>& found) {
-    bson_utils::legacy_reader reader;
+    bson_utils::local_times times;
     for (const int modem_id : filter.modem_ids) {
         for (const QString& obis_code : filter.obis_codes) {
             const auto query = conditionsOf(filter, modem_id, obis_code);
@@ -76,7 +75,8 @@ void findFirstAndLast(mongocxx::v1::collection& collection, const model::filter_
                  {newestFirst(value_field::timestamp, 1), oldestFirst(value_field::timestamp, 1)}) {
                 auto cursor = collection.find(query, options);
                 for (const auto& document : cursor) {
-                    found[modem_id].push_back(reader.readValue(document));
+                    found[modem_id].push_back(
+                        bson_utils::readDocument<model::dev_value>(document, times));
                 }
             }
         }
@@ -87,9 +87,7 @@ void findPlain(mongocxx::v1::collection& collection, const model::filter_eav& fi
                by_device<model::dev_value>& found) {
     const auto query = conditionsOf(
         filter, {{value_field::obis_code, filter.obis_codes}, {value_field::tag, filter.tags}});
-    bson_utils::legacy_reader reader;
-    collect(collection.find(query, newestFirst(value_field::timestamp, filter.limit)), found,
-            [&](const auto& document) { return reader.readValue(document); });
+    collect(collection.find(query, newestFirst(value_field::timestamp, filter.limit)), found);
 }
 
 } // namespace
@@ -128,10 +126,9 @@ EAVRepositoryMongo::GetEvents(const model::filter_eav& filter) {
     auto events = std::make_shared<by_device<model::dev_event>>();
     if (!filter.modem_ids.empty()) {
         const auto query = conditionsOf(filter, {{event_field::message, filter.tags}});
-        bson_utils::legacy_reader reader;
         collect(m_database.collection(event_field::collection)
                     .find(query, newestFirst(event_field::timestamp, filter.limit)),
-                *events, [&](const auto& document) { return reader.readEvent(document); });
+                *events);
     }
     log.write(QStringLiteral("Get EAV events executed in %1ms"));
     return events;

@@ -2,7 +2,6 @@
 
 #include "model/bson_utils.h"
 #include "model/documents/device_object.h"
-#include "model/legacy_json.h"
 #include "mongo/store_layout.h"
 
 #include <mongocxx/v1/collection.hpp>
@@ -40,10 +39,8 @@ void persistent_store<Interface>::Create() {
 template <typename Interface>
 bool persistent_store<Interface>::Save(int modem_id, const QJsonObject& state) {
     bson_builder update;
-    update.appendDocument("$set", [&](bson_builder& set) {
-        set.appendInt32(field::id, modem_id);
-        set.appendDocument(field::state, bson_utils::toBson(state));
-    });
+    const bson_utils::device_object object{.modem_id = modem_id, .state = state};
+    update.appendDocument("$set", toBson(object));
     mongocxx::v1::update_one_options options;
     options.upsert(true);
     const auto result = documents().update_one(queryById(modem_id), update.take(), options);
@@ -56,16 +53,8 @@ QJsonObject persistent_store<Interface>::Get(int modem_id) {
     if (!document) {
         return {};
     }
-    QJsonObject state;
-    bson_utils::legacy_json element{*document};
-    while (element.next()) {
-        if (element.key() == field::state) {
-            state = element.toObject();
-        } else {
-            element.skip();
-        }
-    }
-    return element.renderable() ? state : QJsonObject{};
+    bson_utils::local_times times;
+    return bson_utils::readDocument<bson_utils::device_object>(*document, times).state;
 }
 
 template <typename Interface>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/bson/bson_builder.h"
+#include "model/bson/record_reader.h"
 
 #include <mongocxx/v1/find_options.hpp>
 
@@ -38,11 +39,12 @@ mongocxx::v1::find_options newestFirst(std::string_view key, int limit);
 /// As newestFirst, the other way round.
 mongocxx::v1::find_options oldestFirst(std::string_view key, int limit);
 
-/// Appends what `read` makes of each document to the records of its own device.
-template <typename Record, typename Cursor, typename Read>
-void collect(Cursor cursor, by_device<Record>& found, const Read& read) {
+/// Appends the record of each document to those of its own device.
+template <typename Record, typename Cursor>
+void collect(Cursor cursor, by_device<Record>& found) {
+    bson_utils::local_times times;
     for (const auto& document : cursor) {
-        Record record = read(document);
+        Record record = bson_utils::readDocument<Record>(document, times);
         found[record.modem_id].push_back(std::move(record));
     }
 }

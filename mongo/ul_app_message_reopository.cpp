@@ -46,11 +46,9 @@ std::shared_ptr<by_device<model::message>>
 ULAPPMessageRepository::GetMessages(const model::filter_roll& filter) {
     const operation_log log;
     auto messages = std::make_shared<by_device<model::message>>();
-    bson_utils::local_times times;
     collect(m_database.collection(field::collection)
                 .find(conditionsOf(filter), newestFirst(timeOf(filter), filter.limit)),
-            *messages,
-            [&](const auto& document) { return bson_utils::fromBsonUL(document, times); });
+            *messages);
     log.write(QStringLiteral("Get UL messages executed in %1ms"));
     return messages;
 }

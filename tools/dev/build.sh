@@ -20,18 +20,25 @@ check_preset() {
     [[ " ${PRESETS[*]} " == *" $1 "* ]] || usage_error "unknown preset '$1' (there are: ${PRESETS[*]})"
 }
 
-# build_preset PRESET [TARGET…]: all targets if none is named.
+# build_preset PRESET strict|lenient [TARGET…]: all targets if none is named. Strict takes warnings
+# for errors; lenient does not, lest a newer compiler keeps a user from a demo, but takes a build
+# folder as it is. No other ./dev gets at the build folder until this one ends or unlocks it.
 build_preset() {
     local preset=$1 folder=$PROJECT/build/$1 plugin=build/$1/plugin/libkelvrostorage.so wanted
-    local targets=("${@:2}")
+    # shellcheck disable=SC2034 # `step` reads it
+    local LOGS=$PROJECT/build/logs
+    local errors=ON targets=("${@:3}")
+    [[ $2 == strict ]] || errors=OFF
     [[ -f CMakePresets.json ]] || die "there is no CMakePresets.json in $PROJECT to build with"
     # Paths are left out of the hashes of debug builds, so that every clone profits from one cache.
     export CCACHE_DIR=$CACHE/ccache CCACHE_BASEDIR=$PROJECT CCACHE_NOHASHDIR=1 CCACHE_MAXSIZE=5G
     lock "$PROJECT/build/.lock" exclusive
-    wanted=$(hash_of CMakePresets.json "$PROJECT" /.stamp)
-    if [[ ! -f $folder/build.ninja ]] || ! stamp_is "$folder/.configured" "$wanted"; then
-        step "configure-$preset" "configuring the preset $preset" cmake --preset "$preset" --fresh
-        echo "$wanted" >"$folder/.configured"
+    wanted=$(hash_of CMakePresets.json "$PROJECT" /.stamp "$(versions)")
+    if [[ ! -f $folder/build.ninja ]] || ! stamp_is "$folder/.configured" "$wanted $errors" &&
+        { [[ $2 == strict ]] || ! stamp_is "$folder/.configured" "$wanted ON"; }; then
+        step "configure-$preset" "configuring the preset $preset" \
+            cmake --preset "$preset" --fresh -D "KELVRO_WARNINGS_AS_ERRORS=$errors"
+        echo "$wanted $errors" >"$folder/.configured"
     fi
     step "build-$preset" "building the preset $preset" \
         cmake --build --preset "$preset" --parallel "$JOBS" \
@@ -41,7 +48,6 @@ build_preset() {
     else
         rm -f build/.last-plugin
     fi
-    unlock "$PROJECT/build/.lock"
 }
 
 export_plugin() {
@@ -51,7 +57,7 @@ export_plugin() {
 }
 
 command_build() {
-    build_preset "${1-dev}"
+    build_preset "${1-dev}" strict
 }
 
 parse_test_arguments() {
@@ -77,18 +83,33 @@ parse_test_arguments() {
 }
 
 command_test() {
-    local options=(--output-on-failure --no-tests=error -j "$JOBS")
-    [[ -z $TEST_REGEX ]] || options+=(-R "$TEST_REGEX")
-    [[ -n $TEST_LONG ]] || options+=(-LE '^long$')
-    build_preset "$TEST_PRESET"
+    # Whole programs, or single cases by name: ctest knows both.
+    local options=(--output-on-failure --no-tests=error -j "$JOBS") left_out=case
+    local cases=$PROJECT/build/$TEST_PRESET/cases status=0
+    [[ -z $TEST_REGEX ]] || options+=(-R "$TEST_REGEX") left_out=program
+    [[ -n $TEST_LONG ]] || left_out+='|long'
+    options+=(-LE "^($left_out)$")
+    build_preset "$TEST_PRESET" strict
     [[ ! -f build/.last-plugin ]] || export_plugin
     start_servers
-    run_child ctest --preset "$TEST_PRESET" "${options[@]}"
+    rm -rf "$cases"
+    [[ -n $TEST_REGEX ]] || export GTEST_OUTPUT=xml:$cases/
+    run_child ctest --preset "$TEST_PRESET" "${options[@]}" || status=$?
+    [[ -n $TEST_REGEX ]] || count_cases "$cases"
+    return "$status"
+}
+
+# count_cases FOLDER: sums up what the test programs have reported there.
+count_cases() {
+    local counts
+    counts=$(sed -n 's/^<testsuites tests="\([0-9]*\)" failures="\([0-9]*\)".*/\1 \2/p' \
+        "$1"/*.xml 2>/dev/null | awk '{ t += $1; f += $2 } END { print t + 0, "cases in", NR, "test programs,", f + 0, "cases failed" }')
+    say "$counts"
 }
 
 command_demo() {
     # The tests take several times as long to build, and the demo runs none of them.
-    build_preset dev kelvrostorage kelvro-host
+    build_preset dev lenient kelvrostorage kelvro-host
     export_plugin
     start_servers
     local settings=$SERVER_FOLDER/settings.json
@@ -117,7 +138,7 @@ PYTHON
 
 command_bench() {
     [[ -x bench/run ]] || die "there is no bench/run to measure with"
-    build_preset release
+    build_preset release lenient
     export_plugin
     start_servers
     run_child bench/run "$PROJECT/build/release" "$@"
