@@ -124,6 +124,20 @@ TEST_F(SaveValues, StoresNoneIfOneIsLargerThanTheServerTakes) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
+// What is more than the server takes at once (48 MB) goes in batches, and is kept batch by batch.
+TEST_F(SaveValues, KeepsTheBatchesAheadOfOneThatCannotBeSent) {
+    std::list<model::dev_value> many;
+    for (int number = 1; number <= 5; ++number) {
+        many.push_back(reading{.at = number});
+        many.back().message_id = QString(number == 5 ? 17'000'000 : 13'000'000, QLatin1Char('x'));
+    }
+
+    EXPECT_THROW(repository.SaveValues(many), mongocxx::v1::exception);
+    EXPECT_EQ(database.count(values, R"({"timestamp": {"$lte": 3}})"), 3);
+    EXPECT_EQ(database.count(values), 3);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
 TEST_F(SaveValues, StoresNoneIfOneHasNoBsonForm) {
     model::dev_value formless = reading{.at = 2};
     formless.extended_data = QJsonDocument::fromJson(R"({"id": {"$oid": "no ObjectId"}})");
