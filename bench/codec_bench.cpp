@@ -6,8 +6,6 @@
 #include "bench/records.h"
 #include "bench/text_path.h"
 #include "model/bson_utils.h"
-#include "model/legacy_readers.h"
-#include "tests/model/legacy_text_readers.h"
 
 #include <benchmark/benchmark.h>
 
@@ -116,9 +114,10 @@ void compareMessages(const std::string& input,
 
 /// A reader as a query uses it: for one document after the other.
 template <typename Record>
-auto inQuery(Record (bson_utils::legacy_reader::*read)(const document_view&)) {
-    return [read, reader = std::make_shared<bson_utils::legacy_reader>()](
-               const document_view& document) { return ((*reader).*read)(document); };
+auto inQuery() {
+    return [times = std::make_shared<bson_utils::local_times>()](const document_view& document) {
+        return bson_utils::readDocument<Record>(document, *times);
+    };
 }
 
 void registerComparisons() {
@@ -129,25 +128,25 @@ void registerComparisons() {
                         [json = document.json] { return messagesWith(json); });
     }
 
-    compareReaders<model::dev_value>("fromBsonValue", "meter readings", flatGoal, meterValues,
-                                     inQuery(&bson_utils::legacy_reader::readValue),
-                                     legacy_text::readValue);
+    compareReaders<model::dev_value>("read dev_value", "meter readings", flatGoal, meterValues,
+                                     inQuery<model::dev_value>(),
+                                     bson_utils::readPlain<model::dev_value>);
     compareWriters<model::dev_value>("toBson(dev_value)", "meter readings", meterValues,
-                                     inQuery(&bson_utils::legacy_reader::readValue));
+                                     inQuery<model::dev_value>());
 
     const auto someEvents = [] { return events(minPerBlock); };
-    compareReaders<model::dev_event>("fromBsonEvent", "made-up events", flatGoal, someEvents,
-                                     inQuery(&bson_utils::legacy_reader::readEvent),
-                                     legacy_text::readEvent);
+    compareReaders<model::dev_event>("read dev_event", "made-up events", flatGoal, someEvents,
+                                     inQuery<model::dev_event>(),
+                                     bson_utils::readPlain<model::dev_event>);
     compareWriters<model::dev_event>("toBson(dev_event)", "made-up events", someEvents,
-                                     inQuery(&bson_utils::legacy_reader::readEvent));
+                                     inQuery<model::dev_event>());
 
     const auto someCommands = [] { return commands(minPerBlock, 10); };
-    compareReaders<model::dl_message>("fromBsonDL", "made-up commands", flatGoal, someCommands,
-                                      inQuery(&bson_utils::legacy_reader::readDL),
-                                      legacy_text::readDL);
+    compareReaders<model::dl_message>("read dl_message", "made-up commands", flatGoal, someCommands,
+                                      inQuery<model::dl_message>(),
+                                      bson_utils::readPlain<model::dl_message>);
     compareWriters<model::dl_message>("toBson(dl_message)", "made-up commands", someCommands,
-                                      inQuery(&bson_utils::legacy_reader::readDL));
+                                      inQuery<model::dl_message>());
 }
 
 } // namespace

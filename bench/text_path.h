@@ -11,8 +11,7 @@
 /// The plain way between records and BSON, by way of JSON text: what the codecs are measured
 /// against. For documents with the types that the writers write, it gives the same.
 ///
-/// The readers of downlink commands, values and events by text are those that the tests compare the
-/// codecs with (tests/model/legacy_text_readers.h).
+/// The readers of downlink commands, values and events by text are the product's own plain ones.
 namespace bench::text_path {
 
 /// libbson renders legacy extended JSON, Qt parses it, the members are picked one by one.

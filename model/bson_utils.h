@@ -1,12 +1,12 @@
 #pragma once
 
 #include "model/bson/bson_builder.h"
-#include "model/bson/bson_error.h"
-#include "model/dev_event.h"
-#include "model/dev_value.h"
-#include "model/dl_message.h"
-#include "model/bson/local_times.h"
-#include "model/message.h"
+#include "model/bson/json_values.h"
+#include "model/bson/record_reader.h"
+#include "model/documents/dev_event.h"
+#include "model/documents/dev_value.h"
+#include "model/documents/dl_message.h"
+#include "model/documents/ul_message.h"
 
 #include <bsoncxx/v1/array/value.hpp>
 #include <bsoncxx/v1/array/view.hpp>
@@ -25,7 +25,9 @@
 /// Conversions between Qt's JSON and variant types, the records, and BSON.
 ///
 /// Pure functions: no connection, no clock, no state. Everything may be called from any thread.
-/// What libbson refuses is thrown as bson_error; out of memory passes through.
+/// What libbson refuses is thrown as the library's bsoncxx::v1::exception, with a code of
+/// bson_errc; out of memory passes through. Nothing depends on the process's locale or time zone
+/// but the date-times in local time.
 ///
 /// The two directions are deliberately not symmetric: what is written as BSON by other means reads
 /// back as JSON null wherever JSON has no such type (dates and ObjectIds among them).
@@ -38,7 +40,7 @@ void bsonAppend(bson_builder& document, std::string_view key, const QVariant& va
 
 /// By way of JSON text and libbson's reader, so whole numbers become int32 or int64, nulls are kept
 /// and the wrapper objects {"$date": …} and {"$oid": …} become dates and ObjectIds. An empty
-/// document gives an empty one. Throws bson_error when libbson rejects the text.
+/// document gives an empty one. Throws bsoncxx::v1::exception when libbson rejects the text.
 bsoncxx::v1::document::value toBson(const QJsonDocument& json);
 
 /// Member by member: every number becomes a double, nulls are left out.
@@ -47,13 +49,8 @@ bsoncxx::v1::document::value toBson(const QJsonObject& json);
 /// Element by element, as for an object: a null is left out and later elements move down.
 bsoncxx::v1::array::value toBson(const QJsonArray& json);
 
-/// Doubles, strings, booleans, int32, int64, documents and arrays; anything else becomes null. Of a
-/// repeated key the last value stays. Keys are read as Latin-1.
+/// A nested document of an uplink (see json_values.h, which has fromBsonArr and fromBsonOther too).
 QJsonObject fromBsonJobj(const bsoncxx::v1::document::view& document);
-QJsonArray fromBsonArr(const bsoncxx::v1::array::view& array);
-
-/// One value that is neither a document nor an array (both give null here).
-QJsonValue fromBsonOther(const bsoncxx::v1::element::view& element);
 
 /// The stored documents; their layouts stand in model/documents/.
 bsoncxx::v1::document::value toBson(const model::message& message);
@@ -67,7 +64,8 @@ bsoncxx::v1::document::value toBson(const model::dev_event& event);
 /// thrown. An "_id" that is not hexadecimal gives unique_id 0.
 model::message fromBsonUL(const bsoncxx::v1::document::view& document);
 
-/// As above, for the documents of one query, which share `times`.
+/// As above, for the documents of one query, which share `times`. The other records are read with
+/// readDocument<Record>(document, times).
 model::message fromBsonUL(const bsoncxx::v1::document::view& document, local_times& times);
 
 } // namespace bson_utils

@@ -4,7 +4,6 @@
 #include "model/documents/ul_message.h"
 #include "mongo/store_layout.h"
 
-#include <mongocxx/v1/collection.hpp>
 #include <mongocxx/v1/database.hpp>
 
 namespace mongo {
@@ -14,15 +13,9 @@ DbDriverMongo::DbDriverMongo(const std::string& url)
       m_dlMessages(m_client.database(databaseName)) {}
 
 void DbDriverMongo::CreateDatabase() {
-    auto database = m_client.database(databaseName);
-    // Deliberate: "ul_messages" alone stands for a prepared store, "dl_messages" is not looked at.
-    if (database.has_collection(layout::ul_messages::collection)) {
-        return;
-    }
-    auto uplinks = database.collection(layout::ul_messages::collection);
-    createIndexes(uplinks, layout::ul_messages::indexes);
-    auto downlinks = database.collection(layout::dl_messages::collection);
-    createIndexes(downlinks, layout::dl_messages::indexes);
+    createStore(m_client.database(databaseName),
+                {{layout::ul_messages::collection, layout::ul_messages::indexes},
+                 {layout::dl_messages::collection, layout::dl_messages::indexes}});
 }
 
 interfaces::IULAPPMessageRepository* DbDriverMongo::UlMessageRepository() {

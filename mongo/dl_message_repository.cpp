@@ -2,9 +2,7 @@
 
 #include "model/bson_utils.h"
 #include "model/documents/dl_message.h"
-#include "model/legacy_readers.h"
 #include "mongo/operation_log.h"
-#include "mongo/query.h"
 
 #include <bsoncxx/v1/exception.hpp>
 #include <bsoncxx/v1/oid.hpp>
@@ -35,10 +33,41 @@ bsoncxx::v1::oid oidOf(const QString& id) {
     return bsoncxx::v1::oid{id.toStdString()};
 }
 
+enum class wanted { all, notAcknowledged };
+
 void appendStatus(bson_builder& alternatives, std::string_view index, dl_status status) {
     alternatives.appendDocument(index, [&](bson_builder& alternative) {
         alternative.appendInt32(field::status, static_cast<std::int32_t>(status));
     });
+}
+
+bsoncxx::v1::document::value conditionsOf(int modem_id, const QDateTime& begin,
+                                          const QDateTime& end, wanted which = wanted::all) {
+    bson_builder query;
+    query.appendInt32(field::modem_id, modem_id);
+    appendPeriod(query, field::timestamp, begin, end);
+    if (which == wanted::notAcknowledged) {
+        query.appendArray("$or", [](bson_builder& alternatives) {
+            appendStatus(alternatives, "0", dl_status::WAIT_DATA);
+            appendStatus(alternatives, "1", dl_status::PENDING);
+        });
+    }
+    return query.take();
+}
+
+std::shared_ptr<by_device<model::dl_message>>
+findByDevice(mongocxx::v1::collection collection, const model::filter_dl& filter, wanted which) {
+    auto commands = std::make_shared<by_device<model::dl_message>>();
+    bson_utils::local_times times;
+    for (const int modem_id : filter.modem_ids) {
+        auto cursor = collection.find(conditionsOf(modem_id, filter.begin, filter.end, which),
+                                      newestFirst(field::timestamp, filter.limit));
+        for (const auto& document : cursor) {
+            (*commands)[modem_id].push_back(
+                bson_utils::readDocument<model::dl_message>(document, times));
+        }
+    }
+    return commands;
 }
 
 } // namespace
@@ -71,45 +100,24 @@ model::dl_message DLMessageRepository::GetById(const QString& id) {
         throw QStringLiteral("not exist");
     }
     log.write(QStringLiteral("Get DL messages by ID executed in %1ms"));
-    return bson_utils::fromBsonDL(*document);
+    bson_utils::local_times times;
+    return bson_utils::readDocument<model::dl_message>(*document, times);
 }
 
-std::shared_ptr<std::map<int, std::list<model::dl_message>>>
+std::shared_ptr<by_device<model::dl_message>>
 DLMessageRepository::GetCommands(const model::filter_dl& filter) {
     const operation_log log;
-    auto commands = findByDevice(filter, acknowledged::any);
+    auto commands = findByDevice(m_database.collection(field::collection), filter, wanted::all);
     log.write(QStringLiteral("Get DL messages executed in %1ms"));
     return commands;
 }
 
-std::shared_ptr<std::map<int, std::list<model::dl_message>>>
+std::shared_ptr<by_device<model::dl_message>>
 DLMessageRepository::GetNotAckCommands(const model::filter_dl& filter) {
     const operation_log log;
-    auto commands = findByDevice(filter, acknowledged::no);
+    auto commands =
+        findByDevice(m_database.collection(field::collection), filter, wanted::notAcknowledged);
     log.write(QStringLiteral("Get DL messages NOT ACK executed in %1ms"));
-    return commands;
-}
-
-std::shared_ptr<std::map<int, std::list<model::dl_message>>>
-DLMessageRepository::findByDevice(const model::filter_dl& filter, acknowledged which) {
-    auto commands = std::make_shared<std::map<int, std::list<model::dl_message>>>();
-    bson_utils::legacy_reader reader;
-    for (const int modem_id : filter.modem_ids) {
-        bson_builder query;
-        query.appendInt32(field::modem_id, modem_id);
-        appendPeriod(query, field::timestamp, filter.begin, filter.end);
-        if (which == acknowledged::no) {
-            query.appendArray("$or", [](bson_builder& alternatives) {
-                appendStatus(alternatives, "0", dl_status::WAIT_DATA);
-                appendStatus(alternatives, "1", dl_status::PENDING);
-            });
-        }
-        auto cursor = m_database.collection(field::collection)
-                          .find(query.take(), newestFirst(field::timestamp, filter.limit));
-        for (const auto& document : cursor) {
-            (*commands)[modem_id].push_back(reader.readDL(document));
-        }
-    }
     return commands;
 }
 
@@ -130,10 +138,7 @@ void DLMessageRepository::AckCommand(const QString& id) {
 void DLMessageRepository::DeleteMessages(const std::list<int>& modem_ids, const QDateTime& from,
                                          const QDateTime& to) {
     for (const int modem_id : modem_ids) {
-        bson_builder query;
-        query.appendInt32(field::modem_id, modem_id);
-        appendPeriod(query, field::timestamp, from, to);
-        m_database.collection(field::collection).delete_many(query.take());
+        m_database.collection(field::collection).delete_many(conditionsOf(modem_id, from, to));
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "interfaces/idl_app_message_repository.h"
+#include "mongo/query.h"
 
 #include <mongocxx/v1/database.hpp>
 
@@ -24,10 +25,10 @@ public:
     /// Throws a QString: "invalid id" (not an ObjectId) or "not exist".
     model::dl_message GetById(const QString& id) override;
 
-    std::shared_ptr<std::map<int, std::list<model::dl_message>>>
+    std::shared_ptr<by_device<model::dl_message>>
     GetCommands(const model::filter_dl& filter) override;
 
-    std::shared_ptr<std::map<int, std::list<model::dl_message>>>
+    std::shared_ptr<by_device<model::dl_message>>
     GetNotAckCommands(const model::filter_dl& filter) override;
 
     /// Throws bsoncxx::v1::exception if `id` is not an ObjectId.
@@ -39,11 +40,6 @@ public:
                         const QDateTime& to) override;
 
 private:
-    enum class acknowledged { any, no };
-
-    std::shared_ptr<std::map<int, std::list<model::dl_message>>>
-    findByDevice(const model::filter_dl& filter, acknowledged which);
-
     mongocxx::v1::database m_database;
 };
 

@@ -1,29 +1,16 @@
 #pragma once
 
-#include "interfaces/idriver_state_persistent.h"
+#include "model/documents/device_object.h"
 #include "mongo/persistent_store.h"
-
-#include <string>
 
 namespace mongo {
 
-/// The durable copy of the devices' driver states, in the collection "states".
-///
-/// Written when its owner is asked to persist, read when Redis has nothing for a device. Owns its
-/// MongoDB client; one thread at a time. Every operation blocks; errors of the MongoDB driver pass
-/// through unchanged (mongocxx::v1::exception and derived).
-class driver_state_persistent : public interfaces::IDriverStatePersistent {
+/// The durable copy of the devices' driver states, in the collection "states". Written when its
+/// owner is asked to persist, read when Redis has nothing for a device.
+class driver_state_persistent : public persistent_store<interfaces::IDriverStatePersistent> {
 public:
-    /// Throws mongocxx::v1::exception if `mongoUrl` is malformed. Reaches no server.
-    explicit driver_state_persistent(const std::string& mongoUrl);
-
-    void Create() override;
-    bool Save(int modem_id, const QJsonObject& state) override;
-    QJsonObject Get(int modem_id) override;
-    bool Delete(int modem_id) override;
-
-private:
-    persistent_store m_store;
+    explicit driver_state_persistent(const std::string& mongoUrl)
+        : persistent_store(mongoUrl, layout::states::collection) {}
 };
 
 } // namespace mongo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "interfaces/ieav_repository.h"
+#include "mongo/query.h"
 
 #include <mongocxx/v1/database.hpp>
 
@@ -21,21 +22,16 @@ public:
     void SaveValues(const std::list<model::dev_value>& values) override;
     void SaveEvents(const std::list<model::dev_event>& events) override;
 
-    std::shared_ptr<std::map<int, std::list<model::dev_value>>>
+    std::shared_ptr<by_device<model::dev_value>>
     GetValues(const model::filter_eav& filter) override;
 
-    std::shared_ptr<std::map<int, std::list<model::dev_event>>>
+    std::shared_ptr<by_device<model::dev_event>>
     GetEvents(const model::filter_eav& filter) override;
 
     void DeleteValues(const model::filter_eav& filter) override;
     void DeleteEvents(const model::filter_eav& filter) override;
 
 private:
-    using values_by_device = std::map<int, std::list<model::dev_value>>;
-
-    void findFirstAndLast(const model::filter_eav& filter, values_by_device& found);
-    void findPlain(const model::filter_eav& filter, values_by_device& found);
-
     mongocxx::v1::database m_database;
 };
 

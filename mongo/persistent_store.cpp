@@ -1,10 +1,10 @@
 #include "mongo/persistent_store.h"
 
 #include "model/bson_utils.h"
-#include "model/legacy_json.h"
 #include "model/documents/device_object.h"
 #include "mongo/store_layout.h"
 
+#include <mongocxx/v1/collection.hpp>
 #include <mongocxx/v1/delete_one_result.hpp>
 #include <mongocxx/v1/update_one_options.hpp>
 #include <mongocxx/v1/update_one_result.hpp>
@@ -24,54 +24,51 @@ bsoncxx::v1::document::value queryById(int modem_id) {
 
 } // namespace
 
-persistent_store::persistent_store(const std::string& url, std::string_view collection)
-    : m_uri(url), m_client(m_uri), m_database(m_client.database(databaseName)),
+template <typename Interface>
+persistent_store<Interface>::persistent_store(const std::string& mongoUrl,
+                                              std::string_view collection)
+    : m_uri(mongoUrl), m_client(m_uri), m_database(m_client.database(databaseName)),
       m_collection(collection) {}
 
-void persistent_store::create() {
-    if (m_database.has_collection(m_collection)) {
-        return;
-    }
-    auto collection = documents();
-    createIndexes(collection, field::indexes);
+template <typename Interface>
+void persistent_store<Interface>::Create() {
+    createStore(m_database, {{m_collection, field::indexes}});
 }
 
-bool persistent_store::save(int modem_id, const QJsonObject& state) {
+// Deliberate: true only when a document was replaced; the first save of a device gives false.
+template <typename Interface>
+bool persistent_store<Interface>::Save(int modem_id, const QJsonObject& state) {
     bson_builder update;
-    update.appendDocument("$set", [&](bson_builder& set) {
-        set.appendInt32(field::id, modem_id);
-        set.appendDocument(field::state, bson_utils::toBson(state));
-    });
+    const bson_utils::device_object object{.modem_id = modem_id, .state = state};
+    update.appendDocument("$set", toBson(object));
     mongocxx::v1::update_one_options options;
     options.upsert(true);
     const auto result = documents().update_one(queryById(modem_id), update.take(), options);
     return result && result->matched_count() == 1;
 }
 
-QJsonObject persistent_store::get(int modem_id) {
+template <typename Interface>
+QJsonObject persistent_store<Interface>::Get(int modem_id) {
     const auto document = documents().find_one(queryById(modem_id));
     if (!document) {
         return {};
     }
-    QJsonObject state;
-    bson_utils::legacy_json element{*document};
-    while (element.next()) {
-        if (element.key() == field::state) {
-            state = element.toObject();
-        } else {
-            element.skip();
-        }
-    }
-    return element.renderable() ? state : QJsonObject{};
+    bson_utils::local_times times;
+    return bson_utils::readDocument<bson_utils::device_object>(*document, times).state;
 }
 
-bool persistent_store::remove(int modem_id) {
+template <typename Interface>
+bool persistent_store<Interface>::Delete(int modem_id) {
     const auto result = documents().delete_one(queryById(modem_id));
     return result && result->deleted_count() == 1;
 }
 
-mongocxx::v1::collection persistent_store::documents() {
+template <typename Interface>
+mongocxx::v1::collection persistent_store<Interface>::documents() {
     return m_database.collection(m_collection);
 }
+
+template class persistent_store<interfaces::IDriverStatePersistent>;
+template class persistent_store<interfaces::IDriverDLqueuePersistent>;
 
 } // namespace mongo

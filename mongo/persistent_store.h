@@ -1,11 +1,12 @@
 #pragma once
 
+#include "interfaces/idriver_dl_queue_persistent.h"
+#include "interfaces/idriver_state_persistent.h"
+
 #include <mongocxx/v1/client.hpp>
-#include <mongocxx/v1/collection.hpp>
+#include <mongocxx/v1/collection-fwd.hpp>
 #include <mongocxx/v1/database.hpp>
 #include <mongocxx/v1/uri.hpp>
-
-#include <QJsonObject>
 
 #include <string>
 #include <string_view>
@@ -13,28 +14,25 @@
 namespace mongo {
 
 /// One JSON object per device in one collection: what driver_state_persistent and
-/// dl_queue_persistent have in common.
+/// dl_queue_persistent are but for the collection's name. What the operations do is said in the
+/// interfaces, which are alike.
 ///
-/// Owns its client; one thread at a time. Every operation is one blocking request, Create one or
-/// two. Errors of the MongoDB driver pass through unchanged (mongocxx::v1::exception and derived).
-class persistent_store {
+/// Owns its MongoDB client; one thread at a time. Every operation is one blocking request, Create
+/// one or two. Errors of the MongoDB driver pass through unchanged (mongocxx::v1::exception and
+/// derived), and so do those of the conversions (bsoncxx::v1::exception).
+template <typename Interface>
+class persistent_store : public Interface {
 public:
-    /// `collection` must outlive the store. Throws mongocxx::v1::exception if `url` is malformed.
-    /// Reaches no server.
-    persistent_store(const std::string& url, std::string_view collection);
+    void Create() override;
+    bool Save(int modem_id, const QJsonObject& state) override;
+    QJsonObject Get(int modem_id) override;
+    bool Delete(int modem_id) override;
 
-    /// Creates the hashed index, and with it the collection, unless the collection exists.
-    void create();
-
-    /// Stores or replaces. Deliberate: true only when it replaced a document; the first save of a
-    /// device gives false although it succeeds.
-    bool save(int modem_id, const QJsonObject& state);
-
-    /// Empty if there is no document or its state is not an object.
-    QJsonObject get(int modem_id);
-
-    /// True when there was a document to delete.
-    bool remove(int modem_id);
+protected:
+    /// `collection` must outlive the store. Throws mongocxx::v1::exception if `mongoUrl` is
+    /// malformed. Reaches no server.
+    persistent_store(const std::string& mongoUrl, std::string_view collection);
+    ~persistent_store() = default;
 
 private:
     mongocxx::v1::collection documents();
@@ -44,5 +42,8 @@ private:
     mongocxx::v1::database m_database;
     std::string_view m_collection;
 };
+
+extern template class persistent_store<interfaces::IDriverStatePersistent>;
+extern template class persistent_store<interfaces::IDriverDLqueuePersistent>;
 
 } // namespace mongo

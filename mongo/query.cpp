@@ -14,6 +14,19 @@ mongocxx::v1::find_options sorted(std::string_view key, std::int32_t direction, 
     return options;
 }
 
+template <typename Value, typename Append>
+void appendEach(bson_utils::bson_builder& filter, std::string_view key,
+                const std::list<Value>& values, Append append) {
+    filter.appendDocument(key, [&](bson_utils::bson_builder& condition) {
+        condition.appendArray("$in", [&](bson_utils::bson_builder& array) {
+            std::size_t index = 0;
+            for (const Value& value : values) {
+                (array.*append)(std::to_string(index++), value);
+            }
+        });
+    });
+}
+
 } // namespace
 
 void appendPeriod(bson_utils::bson_builder& filter, std::string_view key, const QDateTime& begin,
@@ -26,26 +39,14 @@ void appendPeriod(bson_utils::bson_builder& filter, std::string_view key, const 
 
 void appendIn(bson_utils::bson_builder& filter, std::string_view key,
               const std::list<int>& numbers) {
-    filter.appendDocument(key, [&](bson_utils::bson_builder& condition) {
-        condition.appendArray("$in", [&](bson_utils::bson_builder& array) {
-            std::size_t index = 0;
-            for (const int number : numbers) {
-                array.appendInt32(std::to_string(index++), number);
-            }
-        });
-    });
+    appendEach(filter, key, numbers, &bson_utils::bson_builder::appendInt32);
 }
 
 void appendIn(bson_utils::bson_builder& filter, std::string_view key,
               const std::list<QString>& texts) {
-    filter.appendDocument(key, [&](bson_utils::bson_builder& condition) {
-        condition.appendArray("$in", [&](bson_utils::bson_builder& array) {
-            std::size_t index = 0;
-            for (const QString& text : texts) {
-                array.appendString(std::to_string(index++), text);
-            }
-        });
-    });
+    if (!texts.empty()) {
+        appendEach(filter, key, texts, &bson_utils::bson_builder::appendString);
+    }
 }
 
 mongocxx::v1::find_options newestFirst(std::string_view key, int limit) {

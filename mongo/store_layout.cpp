@@ -3,6 +3,7 @@
 #include "model/bson/bson_builder.h"
 
 #include <mongocxx/v1/collection.hpp>
+#include <mongocxx/v1/database.hpp>
 
 namespace mongo {
 
@@ -36,6 +37,17 @@ bsoncxx::v1::document::value optionsOf(const layout::index& index) {
 void createIndexes(mongocxx::v1::collection& collection, std::span<const layout::index> indexes) {
     for (const layout::index& index : indexes) {
         collection.create_index(keysOf(index), optionsOf(index));
+    }
+}
+
+void createStore(mongocxx::v1::database database,
+                 std::initializer_list<collection_layout> collections) {
+    if (database.has_collection(collections.begin()->name)) {
+        return;
+    }
+    for (const auto& [name, indexes] : collections) {
+        auto collection = database.collection(name);
+        createIndexes(collection, indexes);
     }
 }
 

@@ -3,7 +3,6 @@
 #include "model/bson_utils.h"
 #include "model/documents/ul_message.h"
 #include "mongo/operation_log.h"
-#include "mongo/query.h"
 
 #include <mongocxx/v1/collection.hpp>
 #include <mongocxx/v1/cursor.hpp>
@@ -14,6 +13,26 @@ namespace mongo {
 
 namespace field = layout::ul_messages;
 
+namespace {
+
+/// The field that the filter's period is about.
+std::string_view timeOf(const model::filter_roll& filter) {
+    return filter.by_time_detected ? field::time_detected : field::timestamp;
+}
+
+bsoncxx::v1::document::value conditionsOf(const model::filter_roll& filter) {
+    bson_utils::bson_builder query;
+    appendPeriod(query, timeOf(filter), filter.begin, filter.end);
+    appendIn(query, field::modem_id, filter.modem_ids);
+    // Deliberate: a query by detection time does not select by tag.
+    if (!filter.by_time_detected) {
+        appendIn(query, field::tag, filter.tags);
+    }
+    return query.take();
+}
+
+} // namespace
+
 ULAPPMessageRepository::ULAPPMessageRepository(const mongocxx::v1::database& database)
     : m_database(database) {}
 
@@ -23,27 +42,13 @@ void ULAPPMessageRepository::SaveMessage(const model::message& message) {
     log.write(QStringLiteral("Save UL message executed in %1ms"));
 }
 
-std::shared_ptr<std::map<int, std::list<model::message>>>
+std::shared_ptr<by_device<model::message>>
 ULAPPMessageRepository::GetMessages(const model::filter_roll& filter) {
     const operation_log log;
-    auto messages = std::make_shared<std::map<int, std::list<model::message>>>();
-
-    const auto time = filter.by_time_detected ? field::time_detected : field::timestamp;
-    bson_utils::bson_builder query;
-    appendPeriod(query, time, filter.begin, filter.end);
-    appendIn(query, field::modem_id, filter.modem_ids);
-    // Deliberate: a query by detection time does not select by tag.
-    if (!filter.by_time_detected && !filter.tags.empty()) {
-        appendIn(query, field::tag, filter.tags);
-    }
-
-    auto cursor = m_database.collection(field::collection)
-                      .find(query.take(), newestFirst(time, filter.limit));
-    bson_utils::local_times times;
-    for (const auto& document : cursor) {
-        model::message message = bson_utils::fromBsonUL(document, times);
-        (*messages)[message.modem_id].push_back(std::move(message));
-    }
+    auto messages = std::make_shared<by_device<model::message>>();
+    collect(m_database.collection(field::collection)
+                .find(conditionsOf(filter), newestFirst(timeOf(filter), filter.limit)),
+            *messages);
     log.write(QStringLiteral("Get UL messages executed in %1ms"));
     return messages;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "interfaces/iul_app_message_repository.h"
+#include "mongo/query.h"
 
 #include <mongocxx/v1/database.hpp>
 
@@ -23,7 +24,7 @@ public:
     /// Finds by device and period; by tag too unless the period is that of detection. A document
     /// that lacks a member or has it with another type ends the query with
     /// bsoncxx::v1::exception.
-    std::shared_ptr<std::map<int, std::list<model::message>>>
+    std::shared_ptr<by_device<model::message>>
     GetMessages(const model::filter_roll& filter) override;
 
     /// Deletes by device only. Asks the server nothing if the filter names no device.

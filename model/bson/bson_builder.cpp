@@ -1,6 +1,7 @@
 #include "model/bson/bson_builder.h"
 
 #include "model/bson/bson_error.h"
+#include "model/bson/numeric_locale.h"
 #include "model/bson/utf8_text.h"
 
 #include <limits>
@@ -17,8 +18,8 @@ void freeBson(std::uint8_t* data) noexcept {
 // libbson takes lengths as int; a text that is longer cannot be part of a document either.
 int lengthOf(std::string_view text) {
     if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        throw bson_error("cannot build BSON: a text of " + std::to_string(text.size()) +
-                         " bytes exceeds the format's limit");
+        refuse(bson_errc::unwritable,
+               "a text of " + std::to_string(text.size()) + " bytes exceeds the format's limit");
     }
     return static_cast<int>(text.size());
 }
@@ -66,8 +67,8 @@ void bson_builder::close() {
 
 void bson_builder::check(bool appended, std::string_view key) const {
     if (!appended) {
-        throw bson_error("cannot append the key \"" + shown(key) + "\" to a BSON document of " +
-                         std::to_string(m_document.len) + " bytes");
+        refuse(bson_errc::unwritable, "the key \"" + shown(key) + "\" in a document of " +
+                                          std::to_string(m_document.len) + " bytes");
     }
 }
 
@@ -101,6 +102,11 @@ void bson_builder::appendString(std::string_view key, const QString& value) {
     appendUtf8(key, utf8_text{value}.view());
 }
 
+void bson_builder::appendHex(std::string_view key, const QByteArray& bytes) {
+    const QByteArray digits = bytes.toHex();
+    appendUtf8(key, {digits.constData(), static_cast<std::size_t>(digits.size())});
+}
+
 void bson_builder::appendDate(std::string_view key, std::int64_t utcMsecs) {
     check(bson_append_date_time(&m_document, key.data(), lengthOf(key), utcMsecs), key);
 }
@@ -115,20 +121,21 @@ void bson_builder::appendDocument(std::string_view key,
                                   const bsoncxx::v1::document::view& document) {
     bson_t nested;
     if (!bson_init_static(&nested, document.data(), document.size())) {
-        throw bson_error("cannot append the key \"" + shown(key) +
-                         "\": its value is not a BSON document");
+        refuse(bson_errc::malformed, "the value of the key \"" + shown(key) + '"');
     }
     check(bson_append_document(&m_document, key.data(), lengthOf(key), &nested), key);
 }
 
 void bson_builder::readJson(std::string_view json) {
+    const numeric_locale decimalPoint;
     const int length = lengthOf(json);
     bson_destroy(&m_document);
     bson_error_t error;
     if (!bson_init_from_json(&m_document, json.data(), length, &error)) {
         bson_init(&m_document);
-        throw bson_error("cannot turn JSON into BSON: " + std::string{error.message} + ": " +
-                         std::string{json.substr(0, 100)});
+        constexpr std::size_t shownSize = 100;
+        refuse(bson_errc::json_rejected,
+               std::string{error.message} + ": " + std::string{json.substr(0, shownSize)});
     }
 }
 

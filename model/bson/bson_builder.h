@@ -5,6 +5,7 @@
 #include <bsoncxx/v1/document/value.hpp>
 #include <bsoncxx/v1/oid.hpp>
 
+#include <QByteArray>
 #include <QString>
 
 #include <cstdint>
@@ -16,9 +17,10 @@ namespace bson_utils {
 /// Builds one BSON document, element by element, in the order of the calls.
 ///
 /// A thin owner of a libbson document: what is appended is written at once, so a builder costs one
-/// buffer whatever the nesting. Every append throws bson_error if libbson refuses the element (a
-/// key with a zero character, more than 2 GiB); the document then holds what was appended before.
-/// While a nested document or array is being filled, only its own builder may be used.
+/// buffer whatever the nesting. Every append throws bsoncxx::v1::exception (bson_error.h) if
+/// libbson refuses the element (a key with a zero character, more than 2 GiB); the document then
+/// holds what was appended before. While a nested document or array is being filled, only its own
+/// builder may be used.
 class bson_builder {
 public:
     bson_builder();
@@ -35,6 +37,8 @@ public:
     /// A BSON string; zero characters inside it are kept.
     void appendUtf8(std::string_view key, std::string_view utf8);
     void appendString(std::string_view key, const QString& value);
+    /// A string of lowercase hexadecimal digits.
+    void appendHex(std::string_view key, const QByteArray& bytes);
     /// UTC milliseconds since the Unix epoch.
     void appendDate(std::string_view key, std::int64_t utcMsecs);
     void appendOid(std::string_view key, const bsoncxx::v1::oid& oid);
@@ -60,7 +64,8 @@ public:
     }
 
     /// Replaces the content by what libbson's extended-JSON reader makes of `json` (UTF-8). Throws
-    /// bson_error with the reader's words when it rejects the text; the builder is empty then.
+    /// bsoncxx::v1::exception with the reader's words when it rejects the text; the builder is
+    /// empty then. The process's locale does not matter.
     void readJson(std::string_view json);
 
     /// Hands the finished document over and leaves the builder empty.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/bson/record_reader.h"
+#include "model/dev_event.h"
 #include "model/documents/index_layout.h"
 
 /// The collection of device events. Frozen: stores in the field hold these documents.
@@ -39,3 +41,17 @@ inline constexpr std::array<index, 3> indexes{{
 }};
 
 } // namespace layout::eav_events
+
+namespace bson_utils {
+
+template <>
+std::optional<model::dev_event> readOrdinary(const bsoncxx::v1::document::view& document,
+                                             local_times& times);
+
+/// Through the document's legacy extended JSON text (legacyObject) and QJsonValue's accessors, so a
+/// missing or mistyped member gives 0, an empty text or object, or the epoch. Throws
+/// bsoncxx::v1::exception where there is no such text.
+template <>
+model::dev_event readPlain(const bsoncxx::v1::document::view& document);
+
+} // namespace bson_utils

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/bson/record_reader.h"
+#include "model/dev_value.h"
 #include "model/documents/index_layout.h"
 
 /// The collection of meter readings. Frozen: stores in the field hold these documents.
@@ -45,3 +47,17 @@ inline constexpr std::array<index, 6> indexes{{
 }};
 
 } // namespace layout::eav_values
+
+namespace bson_utils {
+
+template <>
+std::optional<model::dev_value> readOrdinary(const bsoncxx::v1::document::view& document,
+                                             local_times& times);
+
+/// Through the document's legacy extended JSON text (legacyObject) and QJsonValue's accessors, so a
+/// missing or mistyped member gives 0, an empty text or object, or the epoch. Throws
+/// bsoncxx::v1::exception where there is no such text.
+template <>
+model::dev_value readPlain(const bsoncxx::v1::document::view& document);
+
+} // namespace bson_utils

@@ -1,6 +1,11 @@
 #pragma once
 
+#include "model/bson/record_reader.h"
 #include "model/documents/index_layout.h"
+
+#include <bsoncxx/v1/document/value.hpp>
+
+#include <QJsonObject>
 
 /// The two collections of durable copies, one document per device. Frozen: stores in the field
 /// hold these documents.
@@ -30,3 +35,26 @@ inline constexpr std::array<index, 1> indexes{{
 } // namespace persistent
 
 } // namespace layout
+
+namespace bson_utils {
+
+/// A device's driver state or downlink queues, as they are kept.
+struct device_object {
+    /// Device number.
+    int modem_id = 0;
+    QJsonObject state;
+};
+
+/// What an update sets. Throws as toBson(const QJsonObject&).
+bsoncxx::v1::document::value toBson(const device_object& object);
+
+template <>
+std::optional<device_object> readOrdinary(const bsoncxx::v1::document::view& document,
+                                          local_times& times);
+
+/// Through the document's legacy extended JSON text (legacyObject); a state that is no document
+/// is empty. Throws bsoncxx::v1::exception where there is no such text.
+template <>
+device_object readPlain(const bsoncxx::v1::document::view& document);
+
+} // namespace bson_utils

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/bson/record_reader.h"
+#include "model/dl_message.h"
 #include "model/documents/index_layout.h"
 
 /// The collection of downlink commands. Frozen: stores in the field hold these documents.
@@ -21,7 +23,7 @@ namespace layout::dl_messages {
 
 inline constexpr std::string_view collection = "dl_messages";
 
-inline constexpr std::string_view id = "_id";
+inline constexpr std::string_view id = server_id;
 inline constexpr std::string_view modem_id = "modem_id";
 inline constexpr std::string_view api_key = "api_key";
 inline constexpr std::string_view data = "data";
@@ -45,3 +47,17 @@ inline constexpr std::array<index, 5> indexes{{
 }};
 
 } // namespace layout::dl_messages
+
+namespace bson_utils {
+
+template <>
+std::optional<model::dl_message> readOrdinary(const bsoncxx::v1::document::view& document,
+                                              local_times& times);
+
+/// Through the document's legacy extended JSON text (legacyObject) and QJsonValue's accessors, so a
+/// missing or mistyped member gives 0, an empty text or object, or the epoch. Throws
+/// bsoncxx::v1::exception where there is no such text.
+template <>
+model::dl_message readPlain(const bsoncxx::v1::document::view& document);
+
+} // namespace bson_utils

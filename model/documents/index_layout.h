@@ -20,6 +20,9 @@ struct index {
     bool expires = false;
 };
 
+/// Key of a document that the MongoDB driver gives an ObjectId.
+inline constexpr std::string_view server_id = "_id";
+
 /// Grace period of every expiring index: a document's own "ttl" date decides its lifetime.
 inline constexpr int expire_after_seconds = 60;
 

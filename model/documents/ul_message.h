@@ -1,6 +1,8 @@
 #pragma once
 
+#include "model/bson/record_reader.h"
 #include "model/documents/index_layout.h"
+#include "model/message.h"
 
 /// The collection of uplink messages. Frozen: stores in the field hold these documents.
 ///
@@ -62,3 +64,17 @@ inline constexpr std::array<index, 6> indexes{{
 }};
 
 } // namespace layout::ul_messages
+
+namespace bson_utils {
+
+template <>
+std::optional<model::message> readOrdinary(const bsoncxx::v1::document::view& document,
+                                           local_times& times);
+
+/// Each member by the BSON library's typed accessor, the two nested documents value by value
+/// (fromBsonJobj). Throws bsoncxx::v1::exception if a member other than "ttl" is missing or has
+/// another type than that above.
+template <>
+model::message readPlain(const bsoncxx::v1::document::view& document);
+
+} // namespace bson_utils

@@ -1,6 +1,6 @@
-#include "model/documents/dl_message.h"
 #include "model/documents/dev_event.h"
 #include "model/documents/dev_value.h"
+#include "model/documents/dl_message.h"
 #include "model/documents/ul_message.h"
 #include "mongo/dl_message_repository.h"
 #include "mongo/eav_reopository_mongo.h"

@@ -1,6 +1,5 @@
 #include "mongo/ul_app_message_reopository.h"
 
-#include "model/bson/bson_error.h"
 #include "tests/mongo/uplink_repository_fixture.h"
 #include "tests/support/record_equality.h"
 
@@ -152,7 +151,7 @@ TEST_F(UplinkRepositorySave, AsksTheServerNothingForContentThatHasNoBsonForm) {
     model::message message = uplink{};
     message.data = QJsonDocument::fromJson(R"({"id": {"$oid": "no ObjectId"}})");
 
-    EXPECT_THROW(repository.SaveMessage(message), bson_utils::bson_error);
+    EXPECT_THROW(repository.SaveMessage(message), bsoncxx::v1::exception);
     EXPECT_THAT(client.sentNames(), IsEmpty());
     EXPECT_THAT(log.lines(), IsEmpty());
 }

@@ -20,18 +20,25 @@ check_preset() {
     [[ " ${PRESETS[*]} " == *" $1 "* ]] || usage_error "unknown preset '$1' (there are: ${PRESETS[*]})"
 }
 
-# build_preset PRESET [TARGET…]: all targets if none is named.
+# build_preset PRESET strict|lenient [TARGET…]: all targets if none is named. Strict takes warnings
+# for errors; lenient does not, lest a newer compiler keeps a user from a demo, but takes a build
+# folder as it is. No other ./dev gets at the build folder until this one ends or unlocks it.
 build_preset() {
     local preset=$1 folder=$PROJECT/build/$1 plugin=build/$1/plugin/libkelvrostorage.so wanted
-    local targets=("${@:2}")
+    # shellcheck disable=SC2034 # `step` reads it
+    local LOGS=$PROJECT/build/logs
+    local errors=ON targets=("${@:3}")
+    [[ $2 == strict ]] || errors=OFF
     [[ -f CMakePresets.json ]] || die "there is no CMakePresets.json in $PROJECT to build with"
     # Paths are left out of the hashes of debug builds, so that every clone profits from one cache.
     export CCACHE_DIR=$CACHE/ccache CCACHE_BASEDIR=$PROJECT CCACHE_NOHASHDIR=1 CCACHE_MAXSIZE=5G
     lock "$PROJECT/build/.lock" exclusive
-    wanted=$(hash_of CMakePresets.json "$PROJECT" /.stamp)
-    if [[ ! -f $folder/build.ninja ]] || ! stamp_is "$folder/.configured" "$wanted"; then
-        step "configure-$preset" "configuring the preset $preset" cmake --preset "$preset" --fresh
-        echo "$wanted" >"$folder/.configured"
+    wanted=$(hash_of CMakePresets.json "$PROJECT" /.stamp "$(versions)")
+    if [[ ! -f $folder/build.ninja ]] || ! stamp_is "$folder/.configured" "$wanted $errors" &&
+        { [[ $2 == strict ]] || ! stamp_is "$folder/.configured" "$wanted ON"; }; then
+        step "configure-$preset" "configuring the preset $preset" \
+            cmake --preset "$preset" --fresh -D "KELVRO_WARNINGS_AS_ERRORS=$errors"
+        echo "$wanted $errors" >"$folder/.configured"
     fi
     step "build-$preset" "building the preset $preset" \
         cmake --build --preset "$preset" --parallel "$JOBS" \
@@ -41,7 +48,6 @@ build_preset() {
     else
         rm -f build/.last-plugin
     fi
-    unlock "$PROJECT/build/.lock"
 }
 
 export_plugin() {
@@ -51,7 +57,7 @@ export_plugin() {
 }
 
 command_build() {
-    build_preset "${1-dev}"
+    build_preset "${1-dev}" strict
 }
 
 parse_test_arguments() {
@@ -83,7 +89,7 @@ command_test() {
     [[ -z $TEST_REGEX ]] || options+=(-R "$TEST_REGEX") left_out=program
     [[ -n $TEST_LONG ]] || left_out+='|long'
     options+=(-LE "^($left_out)$")
-    build_preset "$TEST_PRESET"
+    build_preset "$TEST_PRESET" strict
     [[ ! -f build/.last-plugin ]] || export_plugin
     start_servers
     rm -rf "$cases"
@@ -103,7 +109,7 @@ count_cases() {
 
 command_demo() {
     # The tests take several times as long to build, and the demo runs none of them.
-    build_preset dev kelvrostorage kelvro-host
+    build_preset dev lenient kelvrostorage kelvro-host
     export_plugin
     start_servers
     local settings=$SERVER_FOLDER/settings.json
@@ -132,7 +138,7 @@ PYTHON
 
 command_bench() {
     [[ -x bench/run ]] || die "there is no bench/run to measure with"
-    build_preset release
+    build_preset release lenient
     export_plugin
     start_servers
     run_child bench/run "$PROJECT/build/release" "$@"

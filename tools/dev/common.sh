@@ -5,6 +5,7 @@
 : "${HOME:=$(getent passwd "$EUID" | cut -d: -f6)}"
 CACHE=${XDG_CACHE_HOME:-$HOME/.cache}/kelvrostorage
 [[ $CACHE == /* ]] || CACHE=$PWD/$CACHE
+LOGS=$CACHE/logs
 EXIT_HOOKS=()
 CHILD=        # process id of the child waited for
 CHILD_GROUP=  # set if that child leads a process group of its own
@@ -94,14 +95,14 @@ start_group() {
 # step LOG TITLE CMD…: runs CMD, a command or a function, with its output kept in a log; says now
 # and then how far it is, and ends ./dev with the end of the log if it fails.
 step() {
-    local log=$CACHE/logs/$1.log title=$2 start=$SECONDS next=$((SECONDS + 10)) status=0
+    local log=$LOGS/$1.log title=$2 start=$SECONDS next=$((SECONDS + 10)) status=0
     shift 2
-    mkdir -p "$CACHE/logs"
+    mkdir -p "$LOGS"
     say "$title …"
     start_group "$@" </dev/null >"$log" 2>&1
     while kill -0 "$CHILD" 2>/dev/null; do
         if ((SECONDS >= next)); then
-            say "  $((SECONDS - start)) s: $(tail -n 1 "$log" | tr '\r' '\n' | tail -n 1 | cut -c 1-100)"
+            say "  $((SECONDS - start)) s: $(tail -n 1 "$log" | tr '\r' '\n' | grep . | tail -n 1 | cut -c 1-100)"
             next=$((SECONDS + 10))
         fi
         sleep 0.1
@@ -140,7 +141,7 @@ stamp_is() {
 declare -A LOCK_FDS=()
 lock() {
     if ! try_lock "$@"; then
-        say "waiting for another ./dev to give up its lock on $1 …"
+        say "another ./dev is at work in ${1%.lock} and holds its lock; waiting for it to finish …"
         run_child flock "--$2" "${LOCK_FDS[$1]}"
     fi
 }

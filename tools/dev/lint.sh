@@ -6,7 +6,6 @@
 command_lint() {
     local failed=()
     lint_shell || failed+=(shellcheck)
-    lint_go || failed+=(go)
     lint_layout || failed+=(clang-format)
     lint_quality || failed+=(clang-tidy)
     ((${#failed[@]} == 0)) || die "lint: findings by ${failed[*]}"
@@ -32,20 +31,6 @@ lint_shell() {
     run_child shellcheck --external-sources "${scripts[@]}"
 }
 
-lint_go() {
-    local files=()
-    mapfile -d '' files < <(tracked '*.go')
-    ((${#files[@]} > 0)) || return 0
-    say "gofmt, go vet: ${#files[@]} files"
-    local badly
-    badly=$(gofmt -l "${files[@]}")
-    [[ -z $badly ]] || {
-        say "not formatted by gofmt: $badly"
-        return 1
-    }
-    (cd tools/ferretdb && go vet ./...)
-}
-
 lint_layout() {
     local files=()
     mapfile -d '' files < <(tracked '*.cpp' '*.h' '*.hpp')
@@ -55,12 +40,13 @@ lint_layout() {
 }
 
 lint_quality() {
-    local files=() stale=() hash file stamps=$PROJECT/build/lint
+    local files=() folders=() stale=() hash file stamps=$PROJECT/build/lint
     # Not the tests: GoogleTest's macros expand to much of what the checks object to.
     mapfile -d '' files < <(tracked '*.cpp' ':!tests/')
     ((${#files[@]} > 0)) || return 0
     # The headers that a build makes are needed, and what it knows of who includes what.
-    build_preset dev
+    mapfile -t folders < <(printf '%s/all\n' "${files[@]%%/*}" | sort -u)
+    build_preset dev strict "${folders[@]}"
     mkdir -p "$stamps"
     python3 tools/dev/lint_inputs.py "${files[@]}" >"$stamps/inputs" || return
     while read -r hash file; do

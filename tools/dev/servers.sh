@@ -7,7 +7,7 @@
 SERVER_NAMES=() # in the order of their start
 SERVER_PIDS=()
 SERVER_FOLDER=
-PG_BIN=/usr/lib/postgresql/18/bin
+PG_BIN= # the programs of PostgreSQL, once they are looked for
 FERRETDB=$CACHE/ferretdb/ferretdb
 
 start_servers() {
@@ -17,7 +17,7 @@ start_servers() {
     make_server_folder
     if [[ -z ${REDIS_URL-} ]]; then
         start_redis
-        export REDIS_URL KELVRO_ALLOW_FLUSH=1
+        export REDIS_URL
     fi
     if [[ -z ${MONGODB_URL-} ]]; then
         if [[ -n ${KELVRO_MACHINE_MONGOD-} || -n $(type -P mongod) ]]; then
@@ -31,10 +31,25 @@ start_servers() {
 }
 
 make_server_folder() {
+    remove_stale_server_folders
     # Directly below /tmp, for the path of a socket in it has to be short.
     SERVER_FOLDER=$(mktemp -d /tmp/kelvro.XXXXXX)
-    chmod 711 "$SERVER_FOLDER" # PostgreSQL's user has its data in there
     EXIT_HOOKS+=(stop_servers)
+    lock "$SERVER_FOLDER/.lock" exclusive # the servers hold it too
+    chmod 711 "$SERVER_FOLDER" # PostgreSQL's user has its data in there
+}
+
+# Those of a ./dev that was killed: nobody holds their lock. One that is younger than a minute may
+# only be on the way to its lock.
+remove_stale_server_folders() {
+    local file
+    while read -r file; do
+        if try_lock "$file" exclusive && [[ -O ${file%/*} ]]; then
+            say "removing ${file%/*}, which a killed ./dev has left"
+            remove_folder "${file%/*}"
+        fi
+        unlock "$file"
+    done < <(find /tmp -maxdepth 2 -path '/tmp/kelvro.??????/.lock' -user "$EUID" -mmin +1 2>/dev/null)
 }
 
 stop_servers() {
@@ -60,6 +75,7 @@ stop_servers() {
 launch() {
     local name=$1
     shift
+    : >>"$SERVER_FOLDER/$name.log" # is read before the server has written to it
     setsid "$@" </dev/null >>"$SERVER_FOLDER/$name.log" 2>&1 &
     SERVER_NAMES+=("$name")
     SERVER_PIDS+=("$!")
@@ -81,8 +97,8 @@ await_server() {
 }
 
 server_failed() {
-    local kept=$CACHE/logs/$1.log
-    mkdir -p "$CACHE/logs"
+    local kept=$LOGS/$1.log
+    mkdir -p "$LOGS"
     cp "$SERVER_FOLDER/$1.log" "$kept"
     show_failure "$1 did not start" "$kept"
 }
@@ -150,12 +166,16 @@ mongod_listens() {
 build_ferretdb() {
     local sources=$PROJECT/tools/ferretdb wanted
     wanted=$(hash_of "$sources/go.mod" "$sources/go.sum" "$(declare -f make_ferretdb)")
-    ! stamp_is "$FERRETDB.stamp" "$wanted" || [[ ! -x $FERRETDB ]] || return 0
+    ! ferretdb_is_made "$wanted" || return 0
     lock "$CACHE/ferretdb.lock" exclusive
-    if ! stamp_is "$FERRETDB.stamp" "$wanted"; then
+    if ! ferretdb_is_made "$wanted"; then
         step ferretdb "building FerretDB (one to three minutes)" make_ferretdb "$sources" "$wanted"
     fi
     unlock "$CACHE/ferretdb.lock"
+}
+
+ferretdb_is_made() {
+    [[ -x $FERRETDB ]] && stamp_is "$FERRETDB.stamp" "$1"
 }
 
 make_ferretdb() {
@@ -168,9 +188,19 @@ make_ferretdb() {
     echo "$2" >"$FERRETDB.stamp"
 }
 
+# The newest one that has DocumentDB.
+find_postgresql() {
+    local folder
+    folder=$(printf '%s\n' /usr/lib/postgresql/*/lib/pg_documentdb.so | sort --version-sort | tail -n 1)
+    [[ -e $folder ]] || die "no PostgreSQL in /usr/lib/postgresql has the DocumentDB extension"
+    PG_BIN=${folder%/lib/*}/bin
+}
+
 start_postgresql() {
     local data=$SERVER_FOLDER/postgresql sockets=$SERVER_FOLDER/sockets as_user=()
-    mkdir "$data" "$sockets"
+    find_postgresql
+    # The server trusts whoever gets into the folder of its socket.
+    mkdir --mode=700 "$data" "$sockets"
     if ((EUID == 0)); then # as which PostgreSQL refuses to run
         chown postgres: "$data" "$sockets"
         as_user=(setpriv --reuid=postgres --regid=postgres --init-groups --)
@@ -185,6 +215,7 @@ start_postgresql() {
         -c shared_preload_libraries=pg_cron,pg_documentdb_core,pg_documentdb \
         -c cron.database_name=postgres -c cron.host="$sockets" -c cron.log_run=off \
         -c documentdb.localhost_connection_string="host=$sockets" \
+        -c documentdb.maxWriteBatchSize=100000 \
         -c fsync=off -c synchronous_commit=off -c full_page_writes=off
     await_server 30 test_sql "select 1" || server_failed postgresql
     sql "create extension documentdb cascade" >>"$SERVER_FOLDER/postgresql.log" 2>&1 ||
@@ -231,7 +262,10 @@ command_servers() {
 }
 
 command_with_servers() {
-    [[ -f $PROJECT/build/.last-plugin ]] || build_preset dev
+    if [[ ! -f $PROJECT/build/.last-plugin ]]; then
+        build_preset dev strict
+        unlock "$PROJECT/build/.lock" # what runs now may go on for hours
+    fi
     [[ ! -f $PROJECT/build/.last-plugin ]] || export_plugin
     start_servers
     run_child "$@"

@@ -1,0 +1,120 @@
+#include "model/bson/ordinary_fields.h"
+
+#include "model/bson/json_text.h"
+
+#include <array>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+namespace bson_utils {
+
+namespace {
+
+/// From here on a double does not hold every whole number.
+constexpr std::int64_t wholeLimit = std::int64_t{1} << 53;
+
+std::optional<double> finite(double number) {
+    return std::isfinite(number) ? std::optional{number} : std::nullopt;
+}
+
+template <typename Narrow>
+std::optional<Narrow> narrowed(std::int64_t number) {
+    return std::in_range<Narrow>(number) ? std::optional{static_cast<Narrow>(number)}
+                                         : std::nullopt;
+}
+
+} // namespace
+
+ordinary_fields::ordinary_fields(const bsoncxx::v1::document::view& document)
+    : m_ordinary(bson_iter_init_from_data(&m_element, document.data(), document.size())) {}
+
+bool ordinary_fields::next(std::string_view key) {
+    m_ordinary = m_ordinary && bson_iter_next(&m_element) &&
+                 key == std::string_view{bson_iter_key(&m_element), bson_iter_key_len(&m_element)};
+    return m_ordinary;
+}
+
+bool ordinary_fields::next(std::string_view key, bson_type_t type) {
+    m_ordinary = next(key) && bson_iter_type(&m_element) == type;
+    return m_ordinary;
+}
+
+std::string_view ordinary_fields::utf8() const {
+    std::uint32_t length = 0;
+    const char* text = bson_iter_utf8(&m_element, &length);
+    return {text, length};
+}
+
+template <typename Result>
+Result ordinary_fields::orGiveUp(std::optional<Result> result) {
+    m_ordinary = m_ordinary && result.has_value();
+    return m_ordinary ? *std::move(result) : Result{};
+}
+
+std::int32_t ordinary_fields::int32(std::string_view key) {
+    return next(key, BSON_TYPE_INT32) ? bson_iter_int32(&m_element) : 0;
+}
+
+std::int64_t ordinary_fields::int64(std::string_view key) {
+    return next(key, BSON_TYPE_INT64) ? bson_iter_int64(&m_element) : 0;
+}
+
+int ordinary_fields::shortInt64(std::string_view key) {
+    return orGiveUp(narrowed<int>(int64(key)));
+}
+
+QString ordinary_fields::text(std::string_view key) {
+    return next(key, BSON_TYPE_UTF8) ? orGiveUp(ordinaryText(utf8())) : QString{};
+}
+
+QByteArray ordinary_fields::hexBytes(std::string_view key) {
+    if (!next(key, BSON_TYPE_UTF8)) {
+        return {};
+    }
+    const std::string_view digits = utf8();
+    m_ordinary = isAscii(digits);
+    return QByteArray::fromHex(
+        QByteArray::fromRawData(digits.data(), static_cast<int>(digits.size())));
+}
+
+std::int64_t ordinary_fields::date(std::string_view key) {
+    const std::int64_t msecs = next(key, BSON_TYPE_DATE_TIME) ? bson_iter_date_time(&m_element) : 0;
+    m_ordinary = m_ordinary && -wholeLimit < msecs && msecs < wholeLimit;
+    return msecs;
+}
+
+QString ordinary_fields::oid(std::string_view key) {
+    std::array<char, 25> digits{};
+    if (next(key, BSON_TYPE_OID)) {
+        bson_oid_to_string(bson_iter_oid(&m_element), digits.data());
+    }
+    return QString::fromLatin1(digits.data());
+}
+
+QJsonObject ordinary_fields::object(std::string_view key) {
+    return next(key, BSON_TYPE_DOCUMENT) ? orGiveUp(ordinaryObject(m_element)) : QJsonObject{};
+}
+
+QVariant ordinary_fields::value(std::string_view key) {
+    switch (next(key) ? bson_iter_type(&m_element) : BSON_TYPE_EOD) {
+    case BSON_TYPE_DOUBLE:
+        return orGiveUp(finite(bson_iter_double(&m_element)));
+    case BSON_TYPE_INT32:
+        return static_cast<double>(bson_iter_int32(&m_element));
+    case BSON_TYPE_BOOL:
+        return bson_iter_bool(&m_element);
+    case BSON_TYPE_UTF8:
+        return orGiveUp(ordinaryText(utf8()));
+    default:
+        m_ordinary = false;
+        return {};
+    }
+}
+
+bool ordinary_fields::ordinary() {
+    // Damage ends the elements too, but leaves its place.
+    return m_ordinary && !bson_iter_next(&m_element) && m_element.err_off == 0;
+}
+
+} // namespace bson_utils

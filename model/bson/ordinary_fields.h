@@ -1,0 +1,55 @@
+#pragma once
+
+#include <bson/bson.h>
+#include <bsoncxx/v1/document/view.hpp>
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QString>
+#include <QVariant>
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace bson_utils {
+
+/// Reads a document that this driver wrote: the expected fields in their order, each with its type.
+///
+/// At the first thing that is not so, a content that is not ordinary included (json_text.h), it
+/// gives up: what was read is of no use, every further field is 0 or empty, and ordinary() is
+/// false. Ask for the fields one after the other, then for ordinary(). Borrows the document.
+class ordinary_fields {
+public:
+    explicit ordinary_fields(const bsoncxx::v1::document::view& document);
+
+    std::int32_t int32(std::string_view key);
+    std::int64_t int64(std::string_view key);
+    /// An int64 that fits an int.
+    int shortInt64(std::string_view key);
+    QString text(std::string_view key);
+    /// What the hexadecimal digits of a text stand for.
+    QByteArray hexBytes(std::string_view key);
+    /// Milliseconds of a date, exact also as a double.
+    std::int64_t date(std::string_view key);
+    /// Lowercase hexadecimal text of an ObjectId.
+    QString oid(std::string_view key);
+    QJsonObject object(std::string_view key);
+    /// A number as a double, a text or a boolean.
+    QVariant value(std::string_view key);
+
+    /// Whether all was as expected and nothing is left.
+    bool ordinary();
+
+private:
+    bool next(std::string_view key);
+    bool next(std::string_view key, bson_type_t type);
+    std::string_view utf8() const;
+    template <typename Result>
+    Result orGiveUp(std::optional<Result> result);
+
+    bson_iter_t m_element{};
+    bool m_ordinary;
+};
+
+} // namespace bson_utils

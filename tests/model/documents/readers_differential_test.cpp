@@ -1,0 +1,176 @@
+// The direct reader of each record against the plain one, on random documents, all through the
+// memory of one query. The seed is fixed, or taken from KELVRO_SEED; a failure prints it and the
+// smallest document that shows it.
+
+#include "model/bson_utils.h"
+#include "model/documents/device_object.h"
+#include "tests/support/qt_printers.h"
+#include "tests/support/random_bson.h"
+#include "tests/support/record_equality.h"
+
+#include <bsoncxx/v1/exception.hpp>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using bson_utils::device_object;
+using bson_utils::local_times;
+using namespace test_support;
+using random_bson::document;
+using random_bson::member;
+
+/// What the driver writes: the fields of a record's documents, in their order.
+template <typename Record>
+const std::vector<member> fields;
+
+template <>
+const std::vector<member> fields<model::message>{{"_id", member::hex},
+                                                 {"modem_id", member::int32},
+                                                 {"station_id", member::int32},
+                                                 {"phy", member::text},
+                                                 {"rssi", member::int32},
+                                                 {"snr", member::int32},
+                                                 {"ttl", member::date},
+                                                 {"timestamp", member::int64},
+                                                 {"time_detected", member::int64},
+                                                 {"bs_timezone_offset", member::int32},
+                                                 {"tag", member::text},
+                                                 {"hw_type", member::text},
+                                                 {"protocol", member::text},
+                                                 {"extended_data", member::object},
+                                                 {"data", member::object},
+                                                 {"payload", member::hex},
+                                                 {"parse_status", member::text}};
+
+template <>
+const std::vector<member> fields<model::dl_message>{
+    {"_id", member::oid},        {"modem_id", member::int32}, {"api_key", member::text},
+    {"data", member::object},    {"status", member::int32},   {"timeout", member::int32},
+    {"f_ack", member::int32},    {"payload", member::hex},    {"ttl", member::date},
+    {"timestamp", member::int64}};
+
+template <>
+const std::vector<member> fields<model::dev_value>{
+    {"_id", member::oid},         {"modem_id", member::int32},
+    {"message_id", member::text}, {"timestamp", member::int64},
+    {"tag", member::text},        {"obis_code", member::text},
+    {"val_type", member::int64},  {"extended_data", member::object},
+    {"ttl", member::date},        {"value", member::any}};
+
+template <>
+const std::vector<member> fields<model::dev_event>{
+    {"_id", member::oid},         {"modem_id", member::int32},       {"timestamp", member::int64},
+    {"message_id", member::text}, {"event_code", member::int32},     {"message", member::text},
+    {"parameter", member::int32}, {"extended_data", member::object}, {"ttl", member::date}};
+
+template <>
+const std::vector<member> fields<device_object>{{"_id", member::int32}, {"state", member::object}};
+
+// Text tells whole numbers from others and orders nothing.
+std::string textOf(const QJsonObject& json) {
+    return QJsonDocument{json}.toJson(QJsonDocument::Compact).toStdString();
+}
+
+template <typename Record>
+std::string difference(const Record& direct, const Record& plain) {
+    return differences(direct, plain);
+}
+
+std::string difference(const device_object& direct, const device_object& plain) {
+    return direct.modem_id == plain.modem_id && textOf(direct.state) == textOf(plain.state)
+               ? ""
+               : textOf(direct.state) + " but plainly " + textOf(plain.state);
+}
+
+/// Empty if the direct reader gives nothing or what the plain one gives.
+template <typename Record>
+std::string disagreement(const document& document, local_times& times) {
+    const auto bytes = random_bson::bytesOf(document);
+    const auto direct = bson_utils::readOrdinary<Record>(bytes.view(), times);
+    if (!direct) {
+        return {};
+    }
+    try {
+        return difference(*direct, bson_utils::readPlain<Record>(bytes.view()));
+    } catch (const bsoncxx::v1::exception& error) {
+        return std::string{"only the plain reader throws: "} + error.what();
+    }
+}
+
+template <typename Record>
+bool isOrdinary(const document& document, local_times& times) {
+    return bson_utils::readOrdinary<Record>(random_bson::bytesOf(document).view(), times)
+        .has_value();
+}
+
+template <typename Record>
+class Readers : public testing::Test {
+protected:
+    static std::uint64_t seed() {
+        const char* chosen = std::getenv("KELVRO_SEED");
+        return chosen != nullptr ? std::strtoull(chosen, nullptr, 0) : 20190324;
+    }
+
+    void expectAgreement(const document& document, int number) {
+        if (disagreement<Record>(document, times).empty()) {
+            return;
+        }
+        const auto smallest = random_bson::shrink(document, [this](const auto& smaller) {
+            return !disagreement<Record>(smaller, times).empty();
+        });
+        FAIL() << "seed " << seed() << ", document " << number
+               << ", smallest: " << testing::PrintToString(random_bson::bytesOf(smallest)) << '\n'
+               << disagreement<Record>(smallest, times);
+    }
+
+    std::mt19937_64 random{seed()};
+    local_times times;
+};
+
+using records = testing::Types<model::message, model::dl_message, model::dev_value,
+                               model::dev_event, device_object>;
+
+struct record_name {
+    template <typename Record>
+    static std::string GetName(int) {
+        return std::is_same_v<Record, model::message>      ? "Uplink"
+               : std::is_same_v<Record, model::dl_message> ? "Downlink"
+               : std::is_same_v<Record, model::dev_value>  ? "Value"
+               : std::is_same_v<Record, model::dev_event>  ? "Event"
+                                                           : "DeviceObject";
+    }
+};
+
+TYPED_TEST_SUITE(Readers, records, record_name);
+
+TYPED_TEST(Readers, AgreeOnOrdinaryDocumentsAndReadThemDirectly) {
+    int direct = 0;
+    for (int i = 0; i < KELVRO_DOCUMENTS; ++i) {
+        const document document = random_bson::generateOrdinary(this->random, fields<TypeParam>);
+        this->expectAgreement(document, i);
+        ASSERT_FALSE(this->HasFailure());
+        direct += isOrdinary<TypeParam>(document, this->times) ? 1 : 0;
+    }
+    EXPECT_GT(direct, KELVRO_DOCUMENTS / 10 * 7);
+    EXPECT_LT(direct, KELVRO_DOCUMENTS);
+}
+
+TYPED_TEST(Readers, AgreeOnStrangeDocuments) {
+    for (int i = 0; i < KELVRO_DOCUMENTS; ++i) {
+        if (i > 0 && i % 100'000 == 0) {
+            std::cout << i << " of " << KELVRO_DOCUMENTS << " documents agree" << std::endl;
+        }
+        this->expectAgreement(random_bson::generate(this->random, fields<TypeParam>), i);
+        ASSERT_FALSE(this->HasFailure());
+    }
+}
+
+} // namespace
