@@ -11,7 +11,11 @@ target_compile_definitions(kelvro_options INTERFACE
     QT_USE_QSTRINGBUILDER)
 
 target_compile_options(kelvro_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Werror)
+    -Wall -Wextra -Wpedantic -Wconversion)
+# Not for those who only use it: tomorrow's compiler warns of more.
+if(KELVRO_WARNINGS_AS_ERRORS)
+    target_compile_options(kelvro_options INTERFACE -Werror)
+endif()
 
 if(KELVRO_SANITIZERS)
     # -fno-sanitize-recover: an undefined-behaviour report must fail the test that caused it.

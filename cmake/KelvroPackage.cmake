@@ -29,6 +29,10 @@ write_basic_package_version_file(
     COMPATIBILITY SameMinorVersion)
 
 install(FILES
+    "${CMAKE_CURRENT_LIST_DIR}/KelvroMongocxx.cmake"
     "${CMAKE_CURRENT_BINARY_DIR}/KelvrostorageConfig.cmake"
     "${CMAKE_CURRENT_BINARY_DIR}/KelvrostorageConfigVersion.cmake"
     DESTINATION "${_package_dir}")
+
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE"
+    DESTINATION "${CMAKE_INSTALL_DATAROOTDIR}/licenses/kelvrostorage")

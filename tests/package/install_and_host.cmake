@@ -1,5 +1,7 @@
-# Installs the build into a prefix of its own, and builds and runs a host that knows the prefix only.
-#   BUILD_DIR SOURCE_DIR WORK_DIR CONFIG COMPILER LAUNCHER FLAGS GENERATOR
+# Installs the build into a prefix of its own, and builds two hosts that know the prefix only: one of
+# this folder, which is run here, and the one that README.md shows, which readme_host_mongotest.py
+# runs with a server.
+#   BUILD_DIR SOURCE_DIR README WORK_DIR CONFIG COMPILER LAUNCHER FLAGS GENERATOR VERSION
 
 function(run)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output
@@ -12,23 +14,58 @@ function(run)
     set(output "${output}" PARENT_SCOPE)
 endfunction()
 
+function(expect_in_output text otherwise)
+    string(FIND "${output}" "${text}" found)
+    if(found EQUAL -1)
+        message(FATAL_ERROR "${otherwise}")
+    endif()
+endfunction()
+
+# Writes README.md's first block of a language into a file.
+function(extract language file)
+    file(READ "${README}" text)
+    if(NOT text MATCHES "\n```${language}\n([^`]+)```\n")
+        message(FATAL_ERROR "${README} has no block of ${language}")
+    endif()
+    file(WRITE "${file}" "${CMAKE_MATCH_1}")
+endfunction()
+
+function(build_host source_dir binary_dir)
+    run("${CMAKE_COMMAND}" -S "${source_dir}" -B "${binary_dir}" -G "${GENERATOR}"
+        "-DCMAKE_PREFIX_PATH=${WORK_DIR}/moved"
+        "-DCMAKE_BUILD_TYPE=${CONFIG}"
+        "-DCMAKE_CXX_COMPILER=${COMPILER}"
+        "-DCMAKE_CXX_FLAGS=${FLAGS}")
+    run("${CMAKE_COMMAND}" --build "${binary_dir}" --config "${CONFIG}")
+endfunction()
+
+# Not as an argument: it may be a list.
+set(ENV{CMAKE_CXX_COMPILER_LAUNCHER} "${LAUNCHER}")
+
 file(REMOVE_RECURSE "${WORK_DIR}")
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --config "${CONFIG}" --prefix "${WORK_DIR}/prefix")
 
 # Installed in one place, used in another: nothing in the package may name the prefix.
 file(RENAME "${WORK_DIR}/prefix" "${WORK_DIR}/moved")
-run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}/host" -G "${GENERATOR}"
-    "-DCMAKE_PREFIX_PATH=${WORK_DIR}/moved"
-    "-DCMAKE_BUILD_TYPE=${CONFIG}"
-    "-DCMAKE_CXX_COMPILER=${COMPILER}"
-    "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}"
-    "-DCMAKE_CXX_FLAGS=${FLAGS}")
-run("${CMAKE_COMMAND}" --build "${WORK_DIR}/host" --config "${CONFIG}")
-run("${WORK_DIR}/host/package_host")
+foreach(file IN ITEMS LICENSE NOTICE)
+    if(NOT EXISTS "${WORK_DIR}/moved/share/licenses/kelvrostorage/${file}")
+        message(FATAL_ERROR "${file} is not installed")
+    endif()
+endforeach()
 
-string(FIND "${output}" "loaded ${WORK_DIR}/moved/" found)
-if(found EQUAL -1)
-    message(FATAL_ERROR "the host has loaded another file than the installed one")
-endif()
+build_host("${SOURCE_DIR}" "${WORK_DIR}/host")
+run("${WORK_DIR}/host/package_host")
+expect_in_output("loaded ${WORK_DIR}/moved/" "the host has loaded another file than the installed one")
 run("${WORK_DIR}/host/package_converter")
-file(REMOVE_RECURSE "${WORK_DIR}")
+
+file(GLOB_RECURSE plugin "${WORK_DIR}/moved/libkelvrostorage.so*")
+list(LENGTH plugin count)
+if(NOT count EQUAL 1)
+    message(FATAL_ERROR "installed under other names than libkelvrostorage.so: ${plugin}")
+endif()
+run(readelf --notes --wide "${plugin}")
+expect_in_output("\"version\":\"${VERSION}\"" "the plug-in file does not tell its version")
+
+extract(cmake "${WORK_DIR}/readme/CMakeLists.txt")
+extract(cpp "${WORK_DIR}/readme/main.cpp")
+build_host("${WORK_DIR}/readme" "${WORK_DIR}/readme_host")
