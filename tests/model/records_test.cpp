@@ -1,13 +1,10 @@
+#include "tests/support/default_initialized.h"
 #include "tests/support/record_equality.h"
 #include "tests/support/record_samples.h"
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstddef>
 #include <list>
-#include <memory>
-#include <new>
 #include <tuple>
 #include <type_traits>
 
@@ -51,32 +48,8 @@ bool isDefault(const Value& value) {
     }
 }
 
-/// A record made in memory that is not zero, without braces, so that only the members' own
-/// initialisers can make it start with zeros.
-template <typename Record>
-class record_in_used_memory {
-public:
-    record_in_used_memory() {
-        volatile unsigned char* const bytes = m_memory.data();
-        for (std::size_t at = 0; at < m_memory.size(); ++at) {
-            bytes[at] = 0xA5;
-        }
-        m_record.reset(new (m_memory.data()) Record);
-    }
-
-    const Record& operator*() const { return *m_record; }
-
-private:
-    struct destroy {
-        void operator()(Record* record) const { record->~Record(); }
-    };
-
-    alignas(Record) std::array<unsigned char, sizeof(Record)> m_memory;
-    std::unique_ptr<Record, destroy> m_record;
-};
-
 TYPED_TEST(EveryRecord, StartsWithZerosAndEmptyMembers) {
-    const record_in_used_memory<TypeParam> record;
+    const default_initialized<TypeParam> record;
     forEachMember(*record, *record, [](std::string_view name, const auto& member, const auto&) {
         EXPECT_TRUE(isDefault(member)) << name << " is " << testing::PrintToString(member);
     });
@@ -145,8 +118,8 @@ TEST(DlMessage, NumbersItsStates) {
 }
 
 TEST(DlMessage, IsPendingByDefault) {
-    const record_in_used_memory<model::dl_message> record;
-    EXPECT_EQ((*record).status, model::dl_message::dl_status::PENDING);
+    const default_initialized<model::dl_message> record;
+    EXPECT_EQ(record->status, model::dl_message::dl_status::PENDING);
 }
 
 TEST(DevValue, HasItsEightMembersInOrder) {
