@@ -1,8 +1,6 @@
 #include "model/bson_utils.h"
 
 #include "model/bson/json_document.h"
-#include "model/bson/json_text.h"
-#include "model/bson/json_values.h"
 #include "model/bson/utf8_text.h"
 
 #include <QDebug>
@@ -103,11 +101,6 @@ bsoncxx::v1::array::value toBson(const QJsonArray& json) {
     bson_builder array;
     appendElements(array, json);
     return array.takeArray();
-}
-
-QJsonObject fromBsonJobj(const bsoncxx::v1::document::view& document) {
-    auto ordinary = ordinaryObject(document);
-    return ordinary ? *std::move(ordinary) : insertedObject(document);
 }
 
 model::message fromBsonUL(const bsoncxx::v1::document::view& document) {

@@ -49,9 +49,6 @@ bsoncxx::v1::document::value toBson(const QJsonObject& json);
 /// Element by element, as for an object: a null is left out and later elements move down.
 bsoncxx::v1::array::value toBson(const QJsonArray& json);
 
-/// A nested document of an uplink (see json_values.h, which has fromBsonArr and fromBsonOther too).
-QJsonObject fromBsonJobj(const bsoncxx::v1::document::view& document);
-
 /// The stored documents; their layouts stand in model/documents/.
 bsoncxx::v1::document::value toBson(const model::message& message);
 bsoncxx::v1::document::value toBson(const model::dl_message& message);

@@ -107,8 +107,13 @@ void bson_builder::appendHex(std::string_view key, const QByteArray& bytes) {
     appendUtf8(key, {digits.constData(), static_cast<std::size_t>(digits.size())});
 }
 
-void bson_builder::appendDate(std::string_view key, std::int64_t utcMsecs) {
-    check(bson_append_date_time(&m_document, key.data(), lengthOf(key), utcMsecs), key);
+void bson_builder::appendDate(std::string_view key, const QDateTime& time) {
+    check(bson_append_date_time(&m_document, key.data(), lengthOf(key), time.toMSecsSinceEpoch()),
+          key);
+}
+
+void bson_builder::appendSecs(std::string_view key, const QDateTime& time) {
+    appendInt64(key, time.toTime_t());
 }
 
 void bson_builder::appendOid(std::string_view key, const bsoncxx::v1::oid& oid) {

@@ -6,6 +6,7 @@
 #include <bsoncxx/v1/oid.hpp>
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QString>
 
 #include <cstdint>
@@ -39,8 +40,12 @@ public:
     void appendString(std::string_view key, const QString& value);
     /// A string of lowercase hexadecimal digits.
     void appendHex(std::string_view key, const QByteArray& bytes);
-    /// UTC milliseconds since the Unix epoch.
-    void appendDate(std::string_view key, std::int64_t utcMsecs);
+    /// A date: UTC milliseconds since the Unix epoch.
+    void appendDate(std::string_view key, const QDateTime& time);
+    /// An int64 of seconds as stores in the field hold them: Qt's unsigned 32-bit count, so that a
+    /// null date-time, one before 1970 (but for the last second of 1969) and one after 2106 all
+    /// become 4294967295.
+    void appendSecs(std::string_view key, const QDateTime& time);
     void appendOid(std::string_view key, const bsoncxx::v1::oid& oid);
     /// A copy of a finished document.
     void appendDocument(std::string_view key, const bsoncxx::v1::document::view& document);

@@ -1,9 +1,13 @@
 #include "model/bson/json_values.h"
 
+#include "model/bson/json_text.h"
+
 #include <bsoncxx/v1/types/id.hpp>
 #include <bsoncxx/v1/types/view.hpp>
 
 #include <QString>
+
+#include <utility>
 
 namespace bson_utils {
 
@@ -36,6 +40,11 @@ QJsonObject insertedObject(const bsoncxx::v1::document::view& document) {
                     jsonValueOf(element));
     }
     return json;
+}
+
+QJsonObject fromBsonJobj(const bsoncxx::v1::document::view& document) {
+    auto ordinary = ordinaryObject(document);
+    return ordinary ? *std::move(ordinary) : insertedObject(document);
 }
 
 QJsonArray fromBsonArr(const bsoncxx::v1::array::view& array) {

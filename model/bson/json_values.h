@@ -16,6 +16,9 @@ namespace bson_utils {
 /// Deliberate: keys are read as Latin-1, although they are written as UTF-8; hosts rely on it.
 QJsonObject insertedObject(const bsoncxx::v1::document::view& document);
 
+/// The same: ordinary documents by way of text (json_text.h), all others as above.
+QJsonObject fromBsonJobj(const bsoncxx::v1::document::view& document);
+
 QJsonArray fromBsonArr(const bsoncxx::v1::array::view& array);
 
 /// A value that is neither a document nor an array (both give null here).

@@ -14,20 +14,17 @@ namespace {
 /// From here on a double does not hold every whole number.
 constexpr std::int64_t wholeLimit = std::int64_t{1} << 53;
 
+constexpr qint64 msecsPerSec = 1000;
+
 std::optional<double> finite(double number) {
     return std::isfinite(number) ? std::optional{number} : std::nullopt;
 }
 
-template <typename Narrow>
-std::optional<Narrow> narrowed(std::int64_t number) {
-    return std::in_range<Narrow>(number) ? std::optional{static_cast<Narrow>(number)}
-                                         : std::nullopt;
-}
-
 } // namespace
 
-ordinary_fields::ordinary_fields(const bsoncxx::v1::document::view& document)
-    : m_ordinary(bson_iter_init_from_data(&m_element, document.data(), document.size())) {}
+ordinary_fields::ordinary_fields(const bsoncxx::v1::document::view& document, local_times& times)
+    : m_times(times),
+      m_ordinary(bson_iter_init_from_data(&m_element, document.data(), document.size())) {}
 
 bool ordinary_fields::next(std::string_view key) {
     m_ordinary = m_ordinary && bson_iter_next(&m_element) &&
@@ -52,16 +49,12 @@ Result ordinary_fields::orGiveUp(std::optional<Result> result) {
     return m_ordinary ? *std::move(result) : Result{};
 }
 
-std::int32_t ordinary_fields::int32(std::string_view key) {
-    return next(key, BSON_TYPE_INT32) ? bson_iter_int32(&m_element) : 0;
-}
-
 std::int64_t ordinary_fields::int64(std::string_view key) {
     return next(key, BSON_TYPE_INT64) ? bson_iter_int64(&m_element) : 0;
 }
 
-int ordinary_fields::shortInt64(std::string_view key) {
-    return orGiveUp(narrowed<int>(int64(key)));
+int ordinary_fields::number(std::string_view key) {
+    return next(key, BSON_TYPE_INT32) ? bson_iter_int32(&m_element) : 0;
 }
 
 QString ordinary_fields::text(std::string_view key) {
@@ -78,10 +71,20 @@ QByteArray ordinary_fields::hexBytes(std::string_view key) {
         QByteArray::fromRawData(digits.data(), static_cast<int>(digits.size())));
 }
 
-std::int64_t ordinary_fields::date(std::string_view key) {
+QDateTime ordinary_fields::localTime(std::string_view key) {
     const std::int64_t msecs = next(key, BSON_TYPE_DATE_TIME) ? bson_iter_date_time(&m_element) : 0;
     m_ordinary = m_ordinary && -wholeLimit < msecs && msecs < wholeLimit;
-    return msecs;
+    return m_times.at(msecs);
+}
+
+QDateTime ordinary_fields::localSecs(std::string_view key) {
+    return m_times.at(msecsPerSec * static_cast<std::uint32_t>(int64(key)));
+}
+
+QDateTime ordinary_fields::utcSecs(std::string_view key) {
+    const std::int64_t secs = int64(key);
+    m_ordinary = m_ordinary && std::in_range<int>(secs);
+    return QDateTime::fromSecsSinceEpoch(secs, Qt::UTC);
 }
 
 QString ordinary_fields::oid(std::string_view key) {

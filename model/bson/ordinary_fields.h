@@ -1,9 +1,12 @@
 #pragma once
 
+#include "model/bson/local_times.h"
+
 #include <bson/bson.h>
 #include <bsoncxx/v1/document/view.hpp>
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QJsonObject>
 #include <QString>
 #include <QVariant>
@@ -18,25 +21,28 @@ namespace bson_utils {
 ///
 /// At the first thing that is not so, a content that is not ordinary included (json_text.h), it
 /// gives up: what was read is of no use, every further field is 0 or empty, and ordinary() is
-/// false. Ask for the fields one after the other, then for ordinary(). Borrows the document.
+/// false. Ask for the fields one after the other, then for ordinary(). Borrows the document and the
+/// times.
 class ordinary_fields {
 public:
-    explicit ordinary_fields(const bsoncxx::v1::document::view& document);
+    ordinary_fields(const bsoncxx::v1::document::view& document, local_times& times);
 
-    std::int32_t int32(std::string_view key);
-    std::int64_t int64(std::string_view key);
-    /// An int64 that fits an int.
-    int shortInt64(std::string_view key);
+    int number(std::string_view key);
     QString text(std::string_view key);
     /// What the hexadecimal digits of a text stand for.
     QByteArray hexBytes(std::string_view key);
-    /// Milliseconds of a date, exact also as a double.
-    std::int64_t date(std::string_view key);
+    QJsonObject object(std::string_view key);
+    /// A double, int32, text or boolean; numbers are doubles.
+    QVariant value(std::string_view key);
     /// Lowercase hexadecimal text of an ObjectId.
     QString oid(std::string_view key);
-    QJsonObject object(std::string_view key);
-    /// A number as a double, a text or a boolean.
-    QVariant value(std::string_view key);
+    /// A date that a double holds exactly too.
+    QDateTime localTime(std::string_view key);
+    /// An int64 of which the low 32 bits count, unsigned.
+    QDateTime localSecs(std::string_view key);
+    /// An int64 that fits an int.
+    QDateTime utcSecs(std::string_view key);
+    void skip(std::string_view key, bson_type_t type) { next(key, type); }
 
     /// Whether all was as expected and nothing is left.
     bool ordinary();
@@ -44,11 +50,13 @@ public:
 private:
     bool next(std::string_view key);
     bool next(std::string_view key, bson_type_t type);
+    std::int64_t int64(std::string_view key);
     std::string_view utf8() const;
     template <typename Result>
     Result orGiveUp(std::optional<Result> result);
 
     bson_iter_t m_element{};
+    local_times& m_times;
     bool m_ordinary;
 };
 

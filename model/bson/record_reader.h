@@ -1,6 +1,8 @@
 #pragma once
 
+#include "model/bson/legacy_fields.h"
 #include "model/bson/local_times.h"
+#include "model/bson/ordinary_fields.h"
 
 #include <bsoncxx/v1/document/view.hpp>
 
@@ -9,18 +11,38 @@
 
 /// How every stored record is read: ordinary documents, that is what this driver writes, go the
 /// direct way; everything else goes the plain way, which defines the result. Where the direct way
-/// gives something, it is what the plain way gives. model/documents/ has both for each record.
+/// gives something, it is what the plain way gives.
+///
+/// Each record has a function `read(Fields&, Record&)` in model/documents/ that takes its fields
+/// one by one from whichever of the two ways it is given.
 namespace bson_utils {
+
+/// The plain way of a record: by its document's text, but where a record says otherwise.
+template <typename Record>
+struct plain_way {
+    using fields = legacy_fields;
+};
 
 /// Nothing at the first thing that is out of the ordinary.
 template <typename Record>
-std::optional<Record> readOrdinary(const bsoncxx::v1::document::view& document, local_times& times);
+std::optional<Record> readOrdinary(const bsoncxx::v1::document::view& document,
+                                   local_times& times) {
+    ordinary_fields fields{document, times};
+    Record record;
+    read(fields, record);
+    return fields.ordinary() ? std::optional{std::move(record)} : std::nullopt;
+}
 
-/// Throws bsoncxx::v1::exception as the record's document says.
+/// Throws bsoncxx::v1::exception as its fields do.
 template <typename Record>
-Record readPlain(const bsoncxx::v1::document::view& document);
+Record readPlain(const bsoncxx::v1::document::view& document) {
+    typename plain_way<Record>::fields fields{document};
+    Record record;
+    read(fields, record);
+    return record;
+}
 
-/// `times` is shared by the documents of one query.
+/// `times` is shared by the documents of one query. Throws as readPlain.
 template <typename Record>
 Record readDocument(const bsoncxx::v1::document::view& document, local_times& times) {
     auto ordinary = readOrdinary<Record>(document, times);

@@ -44,14 +44,8 @@ inline constexpr std::array<index, 3> indexes{{
 
 namespace bson_utils {
 
-template <>
-std::optional<model::dev_event> readOrdinary(const bsoncxx::v1::document::view& document,
-                                             local_times& times);
-
-/// Through the document's legacy extended JSON text (legacyObject) and QJsonValue's accessors, so a
-/// missing or mistyped member gives 0, an empty text or object, or the epoch. Throws
-/// bsoncxx::v1::exception where there is no such text.
-template <>
-model::dev_event readPlain(const bsoncxx::v1::document::view& document);
+/// For ordinary_fields and legacy_fields.
+template <typename Fields>
+void read(Fields& fields, model::dev_event& event);
 
 } // namespace bson_utils

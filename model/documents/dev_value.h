@@ -50,14 +50,8 @@ inline constexpr std::array<index, 6> indexes{{
 
 namespace bson_utils {
 
-template <>
-std::optional<model::dev_value> readOrdinary(const bsoncxx::v1::document::view& document,
-                                             local_times& times);
-
-/// Through the document's legacy extended JSON text (legacyObject) and QJsonValue's accessors, so a
-/// missing or mistyped member gives 0, an empty text or object, or the epoch. Throws
-/// bsoncxx::v1::exception where there is no such text.
-template <>
-model::dev_value readPlain(const bsoncxx::v1::document::view& document);
+/// For ordinary_fields and legacy_fields.
+template <typename Fields>
+void read(Fields& fields, model::dev_value& value);
 
 } // namespace bson_utils

@@ -1,10 +1,7 @@
 #include "model/documents/device_object.h"
 
 #include "model/bson/bson_builder.h"
-#include "model/bson/json_text.h"
-#include "model/bson/ordinary_fields.h"
 #include "model/bson_utils.h"
-#include "model/json/json_members.h"
 
 namespace bson_utils {
 
@@ -17,20 +14,13 @@ bsoncxx::v1::document::value toBson(const device_object& object) {
     return document.take();
 }
 
-template <>
-std::optional<device_object> readOrdinary(const bsoncxx::v1::document::view& document,
-                                          local_times& /*times*/) {
-    ordinary_fields fields{document};
-    device_object object;
-    object.modem_id = fields.int32(field::id);
+template <typename Fields>
+void read(Fields& fields, device_object& object) {
+    object.modem_id = fields.number(field::id);
     object.state = fields.object(field::state);
-    return fields.ordinary() ? std::optional{object} : std::nullopt;
 }
 
-template <>
-device_object readPlain(const bsoncxx::v1::document::view& document) {
-    const json_members members{legacyObject(document)};
-    return {.modem_id = members.number(field::id), .state = members.object(field::state)};
-}
+template void read(ordinary_fields& fields, device_object& object);
+template void read(legacy_fields& fields, device_object& object);
 
 } // namespace bson_utils

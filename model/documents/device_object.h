@@ -48,13 +48,8 @@ struct device_object {
 /// What an update sets. Throws as toBson(const QJsonObject&).
 bsoncxx::v1::document::value toBson(const device_object& object);
 
-template <>
-std::optional<device_object> readOrdinary(const bsoncxx::v1::document::view& document,
-                                          local_times& times);
-
-/// Through the document's legacy extended JSON text (legacyObject); a state that is no document
-/// is empty. Throws bsoncxx::v1::exception where there is no such text.
-template <>
-device_object readPlain(const bsoncxx::v1::document::view& document);
+/// For ordinary_fields and legacy_fields.
+template <typename Fields>
+void read(Fields& fields, device_object& object);
 
 } // namespace bson_utils

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/bson/record_reader.h"
+#include "model/bson/typed_fields.h"
 #include "model/documents/index_layout.h"
 #include "model/message.h"
 
@@ -67,14 +68,14 @@ inline constexpr std::array<index, 6> indexes{{
 
 namespace bson_utils {
 
+/// A member other than "ttl" must be there with the type above.
 template <>
-std::optional<model::message> readOrdinary(const bsoncxx::v1::document::view& document,
-                                           local_times& times);
+struct plain_way<model::message> {
+    using fields = typed_fields;
+};
 
-/// Each member by the BSON library's typed accessor, the two nested documents value by value
-/// (fromBsonJobj). Throws bsoncxx::v1::exception if a member other than "ttl" is missing or has
-/// another type than that above.
-template <>
-model::message readPlain(const bsoncxx::v1::document::view& document);
+/// For ordinary_fields and typed_fields.
+template <typename Fields>
+void read(Fields& fields, model::message& message);
 
 } // namespace bson_utils

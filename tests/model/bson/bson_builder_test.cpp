@@ -3,6 +3,7 @@
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
 #include "tests/support/raw_bson.h"
+#include "tests/support/record_samples.h"
 
 #include <bsoncxx/v1/exception.hpp>
 
@@ -22,6 +23,7 @@ using bson_utils::bson_builder;
 using namespace test_support::literals;
 using namespace test_support::raw_bson;
 using namespace std::string_literals;
+using test_support::utcMsecs;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -43,7 +45,7 @@ TEST(BsonBuilder, WritesEachKindOfElementInTheOrderOfTheCalls) {
     builder.appendDouble("w", 2.5);
     builder.appendUtf8("v", "text");
     builder.appendString("u", "\xc3\xa9"_q);
-    builder.appendDate("t", -1);
+    builder.appendDate("t", utcMsecs(-1));
     builder.appendOid("s", sampleOid());
     EXPECT_EQ(rawBson(builder.take()),
               doc(int64("z", 1), boolean("y", true), int32("x", -2), number("w", 2.5),
@@ -54,7 +56,7 @@ TEST(BsonBuilder, WritesIntegersAtTheirLimits) {
     bson_builder builder;
     builder.appendInt32("a", std::numeric_limits<std::int32_t>::min());
     builder.appendInt64("b", std::numeric_limits<std::int64_t>::min());
-    builder.appendDate("c", std::numeric_limits<std::int64_t>::max());
+    builder.appendDate("c", utcMsecs(std::numeric_limits<std::int64_t>::max()));
     EXPECT_EQ(rawBson(builder.take()), doc(int32("a", std::numeric_limits<std::int32_t>::min()),
                                            int64("b", std::numeric_limits<std::int64_t>::min()),
                                            date("c", std::numeric_limits<std::int64_t>::max())));
@@ -191,7 +193,7 @@ INSTANTIATE_TEST_SUITE_P(
         keyed_append{"Double", [](auto& b, auto key) { b.appendDouble(key, 1.0); }},
         keyed_append{"Utf8", [](auto& b, auto key) { b.appendUtf8(key, "t"); }},
         keyed_append{"String", [](auto& b, auto key) { b.appendString(key, "t"_q); }},
-        keyed_append{"Date", [](auto& b, auto key) { b.appendDate(key, 1); }},
+        keyed_append{"Date", [](auto& b, auto key) { b.appendDate(key, utcMsecs(1)); }},
         keyed_append{"Oid", [](auto& b, auto key) { b.appendOid(key, sampleOid()); }},
         keyed_append{"CopiedDocument",
                      [](auto& b, auto key) { b.appendDocument(key, doc().view()); }},

@@ -22,18 +22,19 @@ using test_support::raw_bson::null;
 const std::string oidBytes = "\x01\x23\x45\x67\x89\xab\xcd\xef\x01\x23\x45\x67";
 
 TEST(OrdinaryFields, AreReadInTheirOrder) {
-    const auto document = doc(oid("o", oidBytes), int32("i", -5), int64("l", 1LL << 40),
-                              int64("s", 7), string("t", "é"), string("h", "0a0B"), date("d", -3),
+    const auto document = doc(oid("o", oidBytes), int32("i", -5), int64("l", (1LL << 32) + 60),
+                              int64("s", -7), string("t", "é"), string("h", "0a0B"), date("d", -3),
                               embedded("e", doc(int32("n", 1))), number("v", 2.5));
-    ordinary_fields fields{document.view()};
+    bson_utils::local_times times;
+    ordinary_fields fields{document.view(), times};
 
     EXPECT_EQ(fields.oid("o"), "0123456789abcdef01234567"_q);
-    EXPECT_EQ(fields.int32("i"), -5);
-    EXPECT_EQ(fields.int64("l"), 1LL << 40);
-    EXPECT_EQ(fields.shortInt64("s"), 7);
+    EXPECT_EQ(fields.number("i"), -5);
+    EXPECT_EQ(fields.localSecs("l"), QDateTime::fromMSecsSinceEpoch(60'000));
+    EXPECT_EQ(fields.utcSecs("s"), QDateTime::fromSecsSinceEpoch(-7, Qt::UTC));
     EXPECT_EQ(fields.text("t"), "\xc3\xa9"_q);
     EXPECT_EQ(fields.hexBytes("h"), QByteArray("\x0a\x0b"));
-    EXPECT_EQ(fields.date("d"), -3);
+    EXPECT_EQ(fields.localTime("d"), QDateTime::fromMSecsSinceEpoch(-3));
     EXPECT_EQ(fields.object("e"), (QJsonObject{{"n"_q, 1}}));
     EXPECT_EQ(fields.value("v"), QVariant(2.5));
     EXPECT_TRUE(fields.ordinary());
@@ -41,24 +42,27 @@ TEST(OrdinaryFields, AreReadInTheirOrder) {
 
 TEST(OrdinaryFields, GiveUpWhenSomethingIsLeft) {
     const auto document = doc(int32("a", 1), int32("b", 2));
-    ordinary_fields fields{document.view()};
-    fields.int32("a");
+    bson_utils::local_times times;
+    ordinary_fields fields{document.view(), times};
+    fields.number("a");
     EXPECT_FALSE(fields.ordinary());
 }
 
 TEST(OrdinaryFields, GiveUpWhenOneIsMissing) {
     const auto document = doc(int32("a", 1));
-    ordinary_fields fields{document.view()};
-    fields.int32("a");
-    EXPECT_EQ(fields.int32("b"), 0);
+    bson_utils::local_times times;
+    ordinary_fields fields{document.view(), times};
+    fields.number("a");
+    EXPECT_EQ(fields.number("b"), 0);
     EXPECT_FALSE(fields.ordinary());
 }
 
 TEST(OrdinaryFields, StayGivenUp) {
     const auto document = doc(int32("b", 1), int32("a", 2), int32("c", 3));
-    ordinary_fields fields{document.view()};
-    EXPECT_EQ(fields.int32("a"), 0);
-    EXPECT_EQ(fields.int32("a"), 0);
+    bson_utils::local_times times;
+    ordinary_fields fields{document.view(), times};
+    EXPECT_EQ(fields.number("a"), 0);
+    EXPECT_EQ(fields.number("a"), 0);
     EXPECT_EQ(fields.text("c"), QString());
     EXPECT_FALSE(fields.ordinary());
 }
@@ -68,8 +72,9 @@ TEST(OrdinaryFields, GiveUpDamagedBytes) {
     cut.bytes.resize(cut.bytes.size() - 6);
     cut.bytes[0] = static_cast<char>(cut.bytes.size());
     cut.bytes.back() = '\0';
-    ordinary_fields fields{cut.view()};
-    fields.int32("a");
+    bson_utils::local_times times;
+    ordinary_fields fields{cut.view(), times};
+    fields.number("a");
     EXPECT_FALSE(fields.ordinary());
 }
 
@@ -85,19 +90,20 @@ class StrangeField : public testing::TestWithParam<field> {};
 
 TEST_P(StrangeField, IsGivenUp) {
     const auto document = doc(GetParam().element);
-    ordinary_fields fields{document.view()};
+    bson_utils::local_times times;
+    ordinary_fields fields{document.view(), times};
     GetParam().read(fields);
     EXPECT_FALSE(fields.ordinary());
 }
 
-void readInt32(ordinary_fields& fields) {
-    fields.int32("a");
+void readNumber(ordinary_fields& fields) {
+    fields.number("a");
 }
-void readInt64(ordinary_fields& fields) {
-    fields.int64("a");
+void readLocalSecs(ordinary_fields& fields) {
+    fields.localSecs("a");
 }
-void readShort(ordinary_fields& fields) {
-    fields.shortInt64("a");
+void readUtcSecs(ordinary_fields& fields) {
+    fields.utcSecs("a");
 }
 void readText(ordinary_fields& fields) {
     fields.text("a");
@@ -105,8 +111,8 @@ void readText(ordinary_fields& fields) {
 void readHex(ordinary_fields& fields) {
     fields.hexBytes("a");
 }
-void readDate(ordinary_fields& fields) {
-    fields.date("a");
+void readTime(ordinary_fields& fields) {
+    fields.localTime("a");
 }
 void readOid(ordinary_fields& fields) {
     fields.oid("a");
@@ -120,10 +126,10 @@ void readValue(ordinary_fields& fields) {
 
 INSTANTIATE_TEST_SUITE_P(
     Kinds, StrangeField,
-    testing::Values(field{"Int32AsInt64", int64("a", 1), readInt32},
-                    field{"Int64AsInt32", int32("a", 1), readInt64},
-                    field{"ShortAbove32Bits", int64("a", 2147483648), readShort},
-                    field{"ShortBelow32Bits", int64("a", -2147483649), readShort},
+    testing::Values(field{"Int32AsInt64", int64("a", 1), readNumber},
+                    field{"Int64AsInt32", int32("a", 1), readLocalSecs},
+                    field{"ShortAbove32Bits", int64("a", 2147483648), readUtcSecs},
+                    field{"ShortBelow32Bits", int64("a", -2147483649), readUtcSecs},
                     field{"TextAsNumber", int32("a", 1), readText},
                     field{"TextAsSymbol", symbol("a", "x"), readText},
                     field{"TextThatIsNoUtf8", string("a", "\xFF"), readText},
@@ -131,9 +137,9 @@ INSTANTIATE_TEST_SUITE_P(
                     field{"TextWithALongZero", string("a", "\xC0\x80"), readText},
                     field{"HexAsBinary", binary("a", "x"), readHex},
                     field{"HexBeyondAscii", string("a", "0aé"), readHex},
-                    field{"DateAsNumber", int64("a", 1), readDate},
-                    field{"DateThatADoubleRounds", date("a", 1LL << 53), readDate},
-                    field{"EarlyDateThatADoubleRounds", date("a", -(1LL << 53)), readDate},
+                    field{"DateAsNumber", int64("a", 1), readTime},
+                    field{"DateThatADoubleRounds", date("a", 1LL << 53), readTime},
+                    field{"EarlyDateThatADoubleRounds", date("a", -(1LL << 53)), readTime},
                     field{"OidAsText", string("a", "0123456789abcdef01234567"), readOid},
                     field{"ObjectAsArray", array("a", doc()), readObject},
                     field{"ObjectWithADate", embedded("a", doc(date("d", 1))), readObject},
@@ -162,7 +168,8 @@ class OrdinaryValue : public testing::TestWithParam<ordinary_value> {};
 
 TEST_P(OrdinaryValue, IsADoubleATextOrABoolean) {
     const auto document = doc(GetParam().element);
-    ordinary_fields fields{document.view()};
+    bson_utils::local_times times;
+    ordinary_fields fields{document.view(), times};
     const QVariant value = fields.value("a");
     EXPECT_EQ(value.userType(), GetParam().value.userType());
     EXPECT_EQ(value, GetParam().value);
