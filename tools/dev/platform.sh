@@ -46,7 +46,7 @@ warn_of_other_versions() {
     before=$(comm -23 <(grep -v '^#' "$seen" | sort) <(versions) | paste -s -d ,)
     now=$(comm -13 <(grep -v '^#' "$seen" | sort) <(versions) | paste -s -d ,)
     [[ -z $before$now ]] ||
-        say "last seen to work with ${before:-less}; here: ${now:-nothing of it}"
+        say "last seen to work with ${before//,/, }; here: ${now//,/, }"
 }
 
 # The upstream versions of what matters most.
