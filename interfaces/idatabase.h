@@ -12,6 +12,7 @@ public:
 
     /// Lays out collections and indexes where the store has none. The factory has called it before
     /// the host receives the object; calling it again changes nothing. Blocks on the server.
+    /// The MongoDB driver's exceptions pass through unchanged.
     virtual void CreateDatabase() = 0;
 
     /// There are no transactions: every write takes effect at once and these three do nothing.

@@ -29,10 +29,13 @@ public:
     virtual const QString& GetPrefix() = 0;
 
     /// Replaces the working copy by the one in Redis, else by the durable one, else by an empty
-    /// object. Always true.
+    /// object. Always true. Throws bsoncxx::v1::exception if the durable copy is needed and damaged
+    /// or not UTF-8.
     virtual bool Pull(int modem_id) = 0;
 
-    /// Stores the working copy in Redis and, if `persist`, durably. Always true.
+    /// Stores the working copy in Redis and, if `persist`, durably. Always true. Throws
+    /// bsoncxx::v1::exception if the durable copy has no BSON form (a key with a zero character in
+    /// it, beyond 2 GiB); Redis has the state then.
     virtual bool Push(int modem_id, bool persist) = 0;
 
     /// Deletes both stored copies; the working copy stays until the next Pull. Always true.

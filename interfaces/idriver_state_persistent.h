@@ -14,9 +14,13 @@ public:
 
     /// Stores or replaces the object. True when it replaced one, false on the first save of a
     /// device.
+    ///
+    /// Throws bsoncxx::v1::exception, and stores nothing, if the object has no BSON form: a key
+    /// with a zero character in it, a document beyond BSON's 2 GiB.
     virtual bool Save(int modem_id, const QJsonObject& state) = 0;
 
-    /// The stored object, or an empty one.
+    /// The stored object, or an empty one. Throws bsoncxx::v1::exception if the stored document is
+    /// damaged or holds text that is not UTF-8.
     virtual QJsonObject Get(int modem_id) = 0;
 
     /// True when there was something to delete.

@@ -21,10 +21,18 @@ public:
     virtual ~IULAPPMessageRepository() = default;
 
     /// Stores one message. The server refuses a second one with the same unique_id.
+    ///
+    /// Throws bsoncxx::v1::exception, and stores nothing, if the message has no BSON form: `data`
+    /// or `extended_data` is JSON that the BSON library's reader rejects (a key with a zero
+    /// character in it, {"$oid": "no ObjectId"}), or the document is beyond BSON's 2 GiB.
     virtual void SaveMessage(const model::message& message) = 0;
 
     /// Messages by device number, newest first within each device. Never null; a device without
     /// messages has no key.
+    ///
+    /// Throws bsoncxx::v1::exception if a stored document that the query finds lacks a member or
+    /// has it with another type than SaveMessage writes, or is damaged. What was read before is
+    /// lost then. Bytes of a text that are not UTF-8 are replaced.
     virtual std::shared_ptr<std::map<int, std::list<model::message>>>
     GetMessages(const model::filter_roll& filter) = 0;
 

@@ -13,7 +13,9 @@ namespace mongo {
 /// database object that handed it out is gone. Every operation blocks: one request, but for queries
 /// and deletions, which send one per device. All but DeleteMessages and AckCommand write one debug
 /// line with their duration when they have succeeded. Errors of the MongoDB driver pass through
-/// unchanged (mongocxx::v1::exception and derived).
+/// unchanged (mongocxx::v1::exception and derived), those of the conversions as
+/// bsoncxx::v1::exception: a command without a BSON form, a stored document that is damaged or
+/// holds invalid UTF-8.
 class DLMessageRepository : public interfaces::IDLAPPMessageRepository {
 public:
     explicit DLMessageRepository(const mongocxx::v1::database& database);
@@ -22,7 +24,8 @@ public:
     /// std::runtime_error if the id is no ObjectId; the document stays stored.
     void SaveMessage(model::dl_message& message) override;
 
-    /// Throws a QString: "invalid id" (not an ObjectId) or "not exist".
+    /// Throws a QString: "invalid id" (not an ObjectId) or "not exist". The log line tells of the
+    /// search and is written before the document is converted.
     model::dl_message GetById(const QString& id) override;
 
     std::shared_ptr<by_device<model::dl_message>>

@@ -14,7 +14,9 @@ namespace mongo {
 /// request and its cursor's batches), but for the first-last query, which sends two finds per
 /// device and OBIS code. Every operation writes one debug line with its duration when it has
 /// succeeded, also when an empty list left nothing to ask the server. Errors of the MongoDB driver
-/// pass through unchanged (mongocxx::v1::exception and derived).
+/// pass through unchanged (mongocxx::v1::exception and derived), those of the conversions as
+/// bsoncxx::v1::exception: a record without a BSON form, of which no request tells the server, and
+/// a stored document that is damaged or holds invalid UTF-8.
 class EAVRepositoryMongo final : public interfaces::IEAVRepository {
 public:
     explicit EAVRepositoryMongo(const mongocxx::v1::database& database);

@@ -53,6 +53,9 @@ TEST(PluginMetadata, HoldsTheInterfaceIdentifierAndTheClassName) {
 
 TEST(PluginMetadata, IsThatOfAReleaseInEveryBuild) {
     EXPECT_EQ(QPluginLoader{pluginFile()}.metaData().value("debug"_q), QJsonValue(false));
+    // Qt itself says so of every build but a debug one; that one needs the plug-in's own word.
+    EXPECT_THAT(QStringLiteral(KELVRO_PLUGIN_DEFINITIONS).split(" "_q),
+                testing::Contains("QT_NO_DEBUG"_q));
 }
 
 TEST(PluginMetadata, HoldsNothingOfItsOwn) {

@@ -12,6 +12,8 @@
 #include <QVariant>
 #include <QVector>
 
+#include <cstdlib>
+
 using namespace test_support::literals;
 
 namespace {
@@ -110,10 +112,24 @@ protected:
     PluginMetaType() { loader.setLoadHints({}); }
 };
 
-TEST_P(PluginMetaType, IsRegisteredByTheFactory) {
-    root();
+/// Ends the process; its code is 0 if the factory registers the type and nobody did before.
+[[noreturn]] void endByRegistrationOf(const char* name) {
+    constexpr auto unknown = static_cast<int>(QMetaType::UnknownType);
+    if (QMetaType::type(name) != unknown) {
+        std::exit(2);
+    }
+    QPluginLoader loader{pluginFile()};
+    if (!loader.load() || QMetaType::type(name) != unknown) {
+        std::exit(3);
+    }
+    std::exit(loader.instance() != nullptr && QMetaType::type(name) != unknown ? 0 : 1);
+}
 
-    EXPECT_NE(QMetaType::type(GetParam()), static_cast<int>(QMetaType::UnknownType));
+// Once registered a type stays so until the end of the process: only a fresh one can tell by whom.
+TEST_P(PluginMetaType, IsRegisteredByTheFactoryAndByNobodyElse) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+
+    EXPECT_EXIT(endByRegistrationOf(GetParam()), testing::ExitedWithCode(0), "");
 }
 
 TEST_P(PluginMetaType, CanBeMadeAndCopied) {
@@ -165,9 +181,10 @@ TEST_F(Plugin, RegistersEachTypeUnderBothItsNames) {
 TEST_F(Plugin, RegistersTheTypesThatTheHostKnowsByTheSameNames) {
     root();
 
-    EXPECT_EQ(QMetaType::type("QVariant*"), qRegisterMetaType<QVariant*>("QVariant*"));
-    EXPECT_EQ(QMetaType::type("QVector<QVariant*>"),
-              qRegisterMetaType<QVector<QVariant*>>("QVector<QVariant*>"));
+    const int variant = QMetaType::type("QVariant*");
+    const int variants = QMetaType::type("QVector<QVariant*>");
+    EXPECT_EQ(qRegisterMetaType<QVariant*>("QVariant*"), variant);
+    EXPECT_EQ(qRegisterMetaType<QVector<QVariant*>>("QVector<QVariant*>"), variants);
 }
 
 } // namespace

@@ -10,6 +10,9 @@
 #include "model/in_message.h"
 #include "model/message.h"
 
+#include "tests/support/default_initialized.h"
+#include "tests/support/record_equality.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -171,7 +174,7 @@ TEST(RecordNumbers, OfACommandsStatus) {
     EXPECT_EQ(static_cast<int>(status::WAIT_DATA), 1);
     EXPECT_EQ(static_cast<int>(status::EXECUTED), 2);
     EXPECT_EQ(static_cast<int>(status::TIMEOUT), 3);
-    EXPECT_EQ(model::dl_message{}.status, status::PENDING);
+    EXPECT_EQ(test_support::default_initialized<model::dl_message>{}->status, status::PENDING);
 }
 
 TEST(RecordNumbers, OfAQueuesStatus) {
@@ -181,6 +184,36 @@ TEST(RecordNumbers, OfAQueuesStatus) {
     EXPECT_EQ(static_cast<int>(status::DONE), 1);
     EXPECT_EQ(static_cast<int>(status::WAIT), 2);
     EXPECT_EQ(static_cast<int>(status::FAIL), 3);
+    EXPECT_EQ(test_support::default_initialized<model::dl_queues>{}->status, status::NONE);
+    EXPECT_EQ(test_support::default_initialized<model::dl_queues::queue>{}->status, status::NONE);
+    EXPECT_EQ(test_support::default_initialized<model::dl_queues::element>{}->status, status::NONE);
+}
+
+template <typename Record>
+class RecordNumbersOf : public testing::Test {};
+
+using RecordsWithNumbers =
+    testing::Types<model::message, model::dl_message, model::hb_message, model::in_message,
+                   model::dl_queues, model::dl_queues::queue, model::dl_queues::element,
+                   model::dev_value, model::dev_event, model::filter_roll, model::filter_dl,
+                   model::filter_eav>;
+TYPED_TEST_SUITE(RecordNumbersOf, RecordsWithNumbers);
+
+// A host writes "model::message message;" and sets what it has.
+TYPED_TEST(RecordNumbersOf, ADefinitionWithoutAValueAreZero) {
+    const test_support::default_initialized<TypeParam> record;
+    std::apply(
+        [&](const auto&... member) {
+            const auto expectZero = [&](const auto& named) {
+                const auto& value = (*record).*named.pointer;
+                using type = std::remove_cvref_t<decltype(value)>;
+                if constexpr (std::is_arithmetic_v<type> || std::is_enum_v<type>) {
+                    EXPECT_EQ(value, type{}) << named.name;
+                }
+            };
+            (expectZero(member), ...);
+        },
+        test_support::membersOf<TypeParam>);
 }
 
 } // namespace

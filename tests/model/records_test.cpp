@@ -1,3 +1,4 @@
+#include "tests/support/default_initialized.h"
 #include "tests/support/record_equality.h"
 #include "tests/support/record_samples.h"
 
@@ -48,8 +49,8 @@ bool isDefault(const Value& value) {
 }
 
 TYPED_TEST(EveryRecord, StartsWithZerosAndEmptyMembers) {
-    const TypeParam record{};
-    forEachMember(record, record, [](std::string_view name, const auto& member, const auto&) {
+    const default_initialized<TypeParam> record;
+    forEachMember(*record, *record, [](std::string_view name, const auto& member, const auto&) {
         EXPECT_TRUE(isDefault(member)) << name << " is " << testing::PrintToString(member);
     });
 }
@@ -117,7 +118,8 @@ TEST(DlMessage, NumbersItsStates) {
 }
 
 TEST(DlMessage, IsPendingByDefault) {
-    EXPECT_EQ(model::dl_message{}.status, model::dl_message::dl_status::PENDING);
+    const default_initialized<model::dl_message> record;
+    EXPECT_EQ(record->status, model::dl_message::dl_status::PENDING);
 }
 
 TEST(DevValue, HasItsEightMembersInOrder) {

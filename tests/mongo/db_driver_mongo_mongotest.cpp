@@ -187,14 +187,13 @@ TEST_F(MessageDatabase, TwoObjectsSeeTheSameStore) {
 
 // Deliberate: every host finds its data in the same place.
 TEST_F(MessageDatabase, ADatabaseNamedInTheUrlIsNotUsed) {
-    mongo_database elsewhere{uniqueDatabaseName()};
+    temporary_database elsewhere;
     mongo::DbDriverMongo named{mongoUrlOfDatabase(elsewhere.name())};
     named.CreateDatabase();
     named.UlMessageRepository()->SaveMessage(uplink{.id = 0xabc});
 
     EXPECT_EQ(database.count(uplinks, R"({"_id": "abc"})"), 1);
     EXPECT_THAT(elsewhere.collections(), IsEmpty());
-    elsewhere.drop();
 }
 
 TEST_F(MessageDatabase, ASaveBetweenBeginAndRollbackStaysStored) {

@@ -1,5 +1,9 @@
+#include "tests/mongo/damaged_answers.h"
 #include "tests/mongo/downlink_repository_fixture.h"
 #include "tests/support/record_equality.h"
+#include "tests/support/time_zone.h"
+
+#include <bsoncxx/v1/exception.hpp>
 
 using namespace records;
 using namespace test_support;
@@ -62,8 +66,9 @@ TEST_F(DownlinkRepositoryGetById, ThrowsForAnUnknownIdAndLogsNothing) {
 TEST_F(DownlinkRepositoryGetById, SendsOneRequestById) {
     thrownText([&] { repository.GetById(unknownIdText()); });
 
-    EXPECT_EQ(client.onlySent().part({"find", "filter"}), canonical(R"({
-        "find": "dl_messages", "filter": {"_id": {"$oid": "0123456789abcdef01234567"}}})"));
+    EXPECT_EQ(client.onlySent().asked(), canonical(R"({
+        "find": "dl_messages", "filter": {"_id": {"$oid": "0123456789abcdef01234567"}},
+        "limit": {"$numberLong": "1"}})"));
 }
 
 TEST_F(DownlinkRepositoryGetById, LogsItsDuration) {
@@ -71,6 +76,19 @@ TEST_F(DownlinkRepositoryGetById, LogsItsDuration) {
     log.clear();
     repository.GetById(id);
 
+    EXPECT_THAT(log.lines(), IsOneLine("Get DL messages by ID executed in %1ms"));
+}
+
+// Deliberate: the line tells of the search.
+TEST_F(DownlinkRepositoryGetById, LogsBeforeItConverts) {
+    using damaged = damaged_answers<mongo::DLMessageRepository>;
+    model::dl_message message = downlink{};
+    message.api_key = damaged::text();
+    const QString id = save(message);
+    log.clear();
+    damaged answers{database.name()};
+
+    EXPECT_THROW(answers.repository.GetById(id), bsoncxx::v1::exception);
     EXPECT_THAT(log.lines(), IsOneLine("Get DL messages by ID executed in %1ms"));
 }
 
@@ -176,6 +194,40 @@ TEST_F(DownlinkRepository, TheSubSecondPartOfTheBoundsIsDropped) {
     filter.end = utc(200).addMSecs(999);
 
     EXPECT_EQ(timesFor(filter), (times_by_device{{7, {200, 100}}}));
+}
+
+TEST_F(DownlinkRepository, EqualBoundsFindThatSecond) {
+    saveAt(7, {99, 100, 101});
+    auto filter = downlinksOf({7});
+    filter.begin = utc(100);
+    filter.end = utc(100);
+
+    EXPECT_EQ(timesFor(filter), (times_by_device{{7, {100}}}));
+    EXPECT_EQ(notAckTimesFor(filter), (times_by_device{{7, {100}}}));
+}
+
+TEST_F(DownlinkRepository, NullBoundsFindTheEpochOfTheHostsZone) {
+    const local_time_zone zone{"UTC0"};
+    saveAt(7, {0, 1});
+    auto filter = downlinksOf({7});
+    filter.begin = QDateTime();
+    filter.end = QDateTime();
+
+    EXPECT_EQ(timesFor(filter), (times_by_device{{7, {0}}}));
+}
+
+TEST_F(DownlinkRepository, QueriesThatFailAtTheirSecondDeviceThrowAndLogNothing) {
+    using damaged = damaged_answers<mongo::DLMessageRepository>;
+    model::dl_message message = downlink{.modem = 8};
+    message.api_key = damaged::text();
+    save(message);
+    saveAt(7, {110});
+    log.clear();
+    damaged answers{database.name()};
+
+    EXPECT_THROW(answers.repository.GetCommands(downlinksOf({7, 8})), bsoncxx::v1::exception);
+    EXPECT_THROW(answers.repository.GetNotAckCommands(downlinksOf({7, 8})), bsoncxx::v1::exception);
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(DownlinkRepository, EachDeviceHasItsNewestFirst) {
@@ -312,9 +364,9 @@ TEST_F(DownlinkRepository, GetCommandsSendsOneRequestPerDeviceInListOrder) {
             "limit": {"$numberLong": "9"}, "sort": {"timestamp": -1}})");
     };
     ASSERT_THAT(client.sentNames(), ElementsAre("find", "find", "find"));
-    EXPECT_EQ(client.sent()[0].part({"find", "filter", "sort", "limit"}), expected("8"));
-    EXPECT_EQ(client.sent()[1].part({"find", "filter", "sort", "limit"}), expected("7"));
-    EXPECT_EQ(client.sent()[2].part({"find", "filter", "sort", "limit"}), expected("8"));
+    EXPECT_EQ(client.sent()[0].asked(), expected("8"));
+    EXPECT_EQ(client.sent()[1].asked(), expected("7"));
+    EXPECT_EQ(client.sent()[2].asked(), expected("8"));
 }
 
 TEST_F(DownlinkRepository, GetNotAckCommandsSendsOneRequestPerDeviceInListOrder) {
@@ -329,8 +381,8 @@ TEST_F(DownlinkRepository, GetNotAckCommandsSendsOneRequestPerDeviceInListOrder)
             "limit": {"$numberLong": "9"}, "sort": {"timestamp": -1}})");
     };
     ASSERT_THAT(client.sentNames(), ElementsAre("find", "find"));
-    EXPECT_EQ(client.sent()[0].part({"find", "filter", "sort", "limit"}), expected("8"));
-    EXPECT_EQ(client.sent()[1].part({"find", "filter", "sort", "limit"}), expected("7"));
+    EXPECT_EQ(client.sent()[0].asked(), expected("8"));
+    EXPECT_EQ(client.sent()[1].asked(), expected("7"));
 }
 
 TEST_F(DownlinkRepository, QueriesLogTheirDurationOnceForAllDevices) {

@@ -1,6 +1,8 @@
 #include "mongo/dl_message_repository.h"
 
+#include "mongo/db_driver_mongo.h"
 #include "tests/mongo/downlink_repository_fixture.h"
+#include "tests/support/mongo_proxy.h"
 #include "tests/support/record_equality.h"
 
 #include <bsoncxx/v1/exception.hpp>
@@ -114,6 +116,16 @@ TEST_F(DownlinkRepositorySave, StoresContentThatLooksLikeAnObjectIdAsADocument) 
     EXPECT_EQ(found.data, message.data);
 }
 
+TEST_F(DownlinkRepositorySave, AsksTheServerNothingForANameThatBsonCannotHold) {
+    model::dl_message message = downlink{};
+    message.data = QJsonObject{{"a\0b"_q, 5}};
+
+    EXPECT_THROW(repository.SaveMessage(message), bsoncxx::v1::exception);
+    EXPECT_EQ(message.db_id, QString());
+    EXPECT_THAT(client.sentNames(), IsEmpty());
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
 TEST_F(DownlinkRepositorySave, RefusesACommandOfMoreThanSixteenMegabytes) {
     model::dl_message message = downlink{};
     message.payload = QByteArray(9'000'000, '\x5a');
@@ -196,8 +208,8 @@ TEST_F(DownlinkRepositorySetStatus, OfATextThatIsNoIdThrowsTheLibrarysException)
 TEST_F(DownlinkRepositorySetStatus, SendsOneUpdateById) {
     repository.SetStatus(unknownIdText(), dl_status::EXECUTED);
 
-    EXPECT_EQ(client.onlySent().part({"update", "updates"}), canonical(R"({
-        "update": "dl_messages",
+    EXPECT_EQ(client.onlySent().asked(), canonical(R"({
+        "update": "dl_messages", "ordered": true,
         "updates": [{"q": {"_id": {"$oid": "0123456789abcdef01234567"}},
                      "u": {"$set": {"status": 2}}, "upsert": false, "multi": false}]
     })"));
@@ -279,14 +291,25 @@ TEST_F(DownlinkRepositoryDelete, SendsOneRequestPerDeviceInListOrder) {
 
     ASSERT_THAT(client.sentNames(), ElementsAre("delete", "delete"));
     const auto expected = [](const char* device) {
-        return canonical(std::string{R"({"delete": "dl_messages", "deletes": [{"q": {
+        return canonical(
+            std::string{R"({"delete": "dl_messages", "ordered": true, "deletes": [{"q": {
             "modem_id": )"} +
-                         device + R"(, "timestamp": {"$gte": {"$numberLong": "100"},
+            device + R"(, "timestamp": {"$gte": {"$numberLong": "100"},
                                                           "$lte": {"$numberLong": "200"}}},
             "limit": 0}]})");
     };
-    EXPECT_EQ(client.sent()[0].part({"delete", "deletes"}), expected("5"));
-    EXPECT_EQ(client.sent()[1].part({"delete", "deletes"}), expected("3"));
+    EXPECT_EQ(client.sent()[0].asked(), expected("5"));
+    EXPECT_EQ(client.sent()[1].asked(), expected("3"));
+}
+
+TEST_F(DownlinkRepositoryDelete, OfEqualBoundsDeletesThatSecond) {
+    for (const qint64 time : {99, 100, 101}) {
+        save(downlink{.at = time});
+    }
+    repository.DeleteMessages({7, 7}, utc(100), utc(100));
+
+    EXPECT_EQ(timesOf(*repository.GetCommands(downlinksOf({7}))),
+              (times_by_device{{7, {101, 99}}}));
 }
 
 TEST_F(DownlinkRepositoryDelete, OfNoDevicesAsksTheServerNothing) {
@@ -311,6 +334,25 @@ TEST_F(UnreachableDownlinkRepository, SaveThrowsTheDriversExceptionAndLeavesTheR
 
     EXPECT_THROW(repository.SaveMessage(message), mongocxx::v1::exception);
     EXPECT_EQ(differences(message, downlink{}.record()), "");
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+class MuteServer : public testing::Test {
+protected:
+    log_capture log;
+    mongo_proxy proxy;
+    mongo::DbDriverMongo driver{proxy.url() + "&connectTimeoutMS=300&socketTimeoutMS=300"};
+};
+
+TEST_F(MuteServer, IsGivenUpWhenTheTimeOfTheConnectionStringIsUp) {
+    proxy.stayMute();
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_THROW(driver.DlMessageRepository()->GetCommands(downlinksOf({7})),
+                 mongocxx::v1::exception);
+    const auto taken = std::chrono::steady_clock::now() - before;
+
+    EXPECT_GE(taken, std::chrono::milliseconds{250});
+    EXPECT_LT(taken, std::chrono::seconds{5}); // the driver's own default is ten
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 

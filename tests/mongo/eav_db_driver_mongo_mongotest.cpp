@@ -72,6 +72,22 @@ TEST_F(EavDatabase, LetsDocumentsExpireSixtySecondsAfterTheirTtlAndByNoOtherInde
     }
 }
 
+TEST_F(EavDatabase, LeavesTheNamesOfItsIndexesToTheServer) {
+    driver.CreateDatabase();
+
+    std::vector<std::string> names;
+    for (const auto collection : {values, events}) {
+        for (const listed_index& index : database.indexes(collection)) {
+            names.push_back(index.name);
+        }
+    }
+    EXPECT_THAT(names,
+                ElementsAre("_id_", "modem_id_1_tag_1_obis_code_1_timestamp_-1",
+                            "modem_id_1_tag_1_timestamp_-1", "modem_id_1_obis_code_1_timestamp_-1",
+                            "modem_id_hashed", "modem_id_1_timestamp_-1", "ttl_1", "_id_",
+                            "modem_id_1_timestamp_-1", "modem_id_hashed", "ttl_1"));
+}
+
 TEST_F(EavDatabase, ASecondLayoutChangesNothing) {
     driver.CreateDatabase();
     driver.EAVRepository()->SaveValues({reading{}});
@@ -127,13 +143,13 @@ TEST_F(EavDatabase, HandsOutTheSameRepositoryEveryTime) {
 
 // Deliberate: every host finds its data in the same place.
 TEST_F(EavDatabase, ADatabaseNamedInTheUrlIsNotUsed) {
-    const std::string elsewhere = "kelvro_test_eav_elsewhere";
-    mongo::EavDbDriverMongo named{mongoUrlOfDatabase(elsewhere)};
+    temporary_database elsewhere;
+    mongo::EavDbDriverMongo named{mongoUrlOfDatabase(elsewhere.name())};
     named.CreateDatabase();
     named.EAVRepository()->SaveValues({reading{}});
 
     EXPECT_EQ(database.count(values), 1);
-    EXPECT_THAT(mongo_database{elsewhere}.collections(), IsEmpty());
+    EXPECT_THAT(elsewhere.collections(), IsEmpty());
 }
 
 TEST_F(EavDatabase, ASaveBetweenBeginAndRollbackStaysStored) {

@@ -1,8 +1,10 @@
 #include "mongo/eav_reopository_mongo.h"
 
+#include "tests/mongo/damaged_answers.h"
 #include "tests/mongo/eav_repository_fixture.h"
 #include "tests/support/record_equality.h"
 
+#include <bsoncxx/v1/exception.hpp>
 #include <mongocxx/v1/exception.hpp>
 
 using namespace records;
@@ -36,7 +38,8 @@ TEST_F(SaveEvents, StoresEveryMemberInItsFieldInTheFieldsOrder) {
 TEST_F(SaveEvents, SendsOneOrderedBulkInsertInListOrder) {
     repository.SaveEvents({happening{.at = 3}, happening{.at = 1}});
 
-    EXPECT_EQ(client.onlySent().part({"insert", "ordered"}),
+    EXPECT_EQ(client.onlySent().part(
+                  {"insert", "ordered", "bypassDocumentValidation", "comment", "writeConcern"}),
               canonical(R"({"insert": "eav_events", "ordered": true})"));
     const auto documents = client.onlySent().body["documents"].get_array().value;
     EXPECT_EQ(documents[0]["timestamp"].get_int64().value, 3);
@@ -51,6 +54,27 @@ TEST_F(SaveEvents, KeepsTheEventsAheadOfADuplicate) {
         repository.SaveEvents({happening{.at = 1}, happening{.at = 1}, happening{.at = 2}}),
         mongocxx::v1::exception);
     EXPECT_EQ(database.count(events), 1);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(SaveEvents, StoresNoneIfOneHasNoBsonForm) {
+    model::dev_event formless = happening{.at = 2};
+    formless.extended_data = QJsonDocument::fromJson(R"({"id": {"$oid": "no ObjectId"}})");
+
+    EXPECT_THROW(repository.SaveEvents({happening{.at = 1}, formless, happening{.at = 3}}),
+                 bsoncxx::v1::exception);
+    EXPECT_THAT(client.sentNames(), IsEmpty());
+    EXPECT_EQ(database.count(events), 0);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(SaveEvents, StoresNoneIfOneIsLargerThanTheServerTakes) {
+    model::dev_event tooLarge = happening{.at = 2};
+    tooLarge.message_id = QString(17'000'000, QLatin1Char('x'));
+
+    EXPECT_THROW(repository.SaveEvents({happening{.at = 1}, tooLarge, happening{.at = 3}}),
+                 mongocxx::v1::exception);
+    EXPECT_EQ(database.count(events), 0);
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
@@ -94,6 +118,32 @@ TEST_F(GetEvents, IncludesBothBoundsAndDropsTheirSubSecondParts) {
     filter.end = utc(200).addMSecs(999);
 
     EXPECT_EQ(eventTimes(filter), (times_by_device{{7, {200, 100}}}));
+}
+
+TEST_F(GetEvents, OfEqualBoundsFindsThatSecond) {
+    repository.SaveEvents({happening{.at = 99}, happening{.at = 100}, happening{.at = 101}});
+    auto filter = allOf({7});
+    filter.begin = utc(100);
+    filter.end = utc(100);
+
+    EXPECT_EQ(eventTimes(filter), (times_by_device{{7, {100}}}));
+}
+
+TEST_F(GetEvents, OfADeviceNamedTwiceGivesItsEventsOnce) {
+    repository.SaveEvents({happening{.at = 1}, happening{.at = 2}});
+
+    EXPECT_EQ(eventTimes(allOf({7, 7})), (times_by_device{{7, {2, 1}}}));
+}
+
+TEST_F(GetEvents, ThrowsAndLogsNothingWhenAnEventInTheMiddleIsDamaged) {
+    using damaged = damaged_answers<mongo::EAVRepositoryMongo>;
+    repository.SaveEvents(
+        {happening{.at = 1}, happening{.at = 2, .message = damaged::text()}, happening{.at = 3}});
+    log.clear();
+    damaged answers{database.name()};
+
+    EXPECT_THROW(answers.repository.GetEvents(allOf({7})), bsoncxx::v1::exception);
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(GetEvents, SelectsByTextWithTheTagsOfTheFilter) {
@@ -164,7 +214,7 @@ TEST_F(GetEvents, SendsPeriodDevicesAndTextsInThisOrder) {
     filter.limit = 9;
     repository.GetEvents(filter);
 
-    EXPECT_EQ(client.onlySent().part({"find", "filter", "sort", "limit"}), canonical(R"({
+    EXPECT_EQ(client.onlySent().asked(), canonical(R"({
         "find": "eav_events",
         "filter": {"timestamp": {"$gte": {"$numberLong": "100"}, "$lte": {"$numberLong": "200"}},
                    "modem_id": {"$in": [7, 5]},
@@ -221,8 +271,8 @@ TEST_F(DeleteEvents, SendsOneRequest) {
     filter.tags = {"x"_q};
     repository.DeleteEvents(filter);
 
-    EXPECT_EQ(client.onlySent().part({"delete", "deletes"}), canonical(R"({
-        "delete": "eav_events",
+    EXPECT_EQ(client.onlySent().asked(), canonical(R"({
+        "delete": "eav_events", "ordered": true,
         "deletes": [{"q": {
             "timestamp": {"$gte": {"$numberLong": "100"}, "$lte": {"$numberLong": "200"}},
             "modem_id": {"$in": [7, 5]}}, "limit": 0}]

@@ -1,6 +1,9 @@
 #include "mongo/eav_reopository_mongo.h"
 
+#include "tests/mongo/damaged_answers.h"
 #include "tests/mongo/eav_repository_fixture.h"
+
+#include <bsoncxx/v1/exception.hpp>
 
 using namespace records;
 using namespace test_support;
@@ -53,6 +56,25 @@ TEST_F(FirstLast, GivesASingleReadingTwice) {
     repository.SaveValues({reading{.at = 5}});
 
     EXPECT_EQ(valueTimes(filterOf({7}, {"1-0:1.8.0"_q})), (times_by_device{{7, {5, 5}}}));
+}
+
+TEST_F(FirstLast, OfADeviceAndACodeNamedTwiceGivesThemAsOften) {
+    repository.SaveValues({reading{.at = 5}, reading{.at = 6}});
+
+    EXPECT_EQ(valueTimes(filterOf({7, 7}, {"1-0:1.8.0"_q})), (times_by_device{{7, {6, 5, 6, 5}}}));
+    EXPECT_EQ(valueTimes(filterOf({7}, {"1-0:1.8.0"_q, "1-0:1.8.0"_q})),
+              (times_by_device{{7, {6, 5, 6, 5}}}));
+}
+
+TEST_F(FirstLast, ThrowsAndLogsNothingWhenTheOldestIsDamaged) {
+    using damaged = damaged_answers<mongo::EAVRepositoryMongo>;
+    repository.SaveValues({reading{.at = 1, .tag = damaged::text()}, reading{.at = 2}});
+    log.clear();
+    damaged answers{database.name()};
+
+    EXPECT_THROW(answers.repository.GetValues(filterOf({7}, {"1-0:1.8.0"_q})),
+                 bsoncxx::v1::exception);
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(FirstLast, LeavesTextAndBooleansOut) {
@@ -108,7 +130,7 @@ TEST_F(FirstLast, SendsTwoFindsPerDeviceAndCodeInListOrder) {
     };
     std::vector<std::string> sent;
     for (const sent_command& command : client.sent()) {
-        sent.push_back(command.part({"find", "filter", "sort", "limit"}));
+        sent.push_back(command.asked());
     }
     EXPECT_THAT(sent, ElementsAre(expected("7", "b", "-1"), expected("7", "b", "1"),
                                   expected("7", "a", "-1"), expected("7", "a", "1"),

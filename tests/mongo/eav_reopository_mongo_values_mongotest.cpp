@@ -1,8 +1,11 @@
 #include "mongo/eav_reopository_mongo.h"
 
+#include "tests/mongo/damaged_answers.h"
 #include "tests/mongo/eav_repository_fixture.h"
 #include "tests/support/record_equality.h"
+#include "tests/support/time_zone.h"
 
+#include <bsoncxx/v1/exception.hpp>
 #include <mongocxx/v1/exception.hpp>
 
 using namespace records;
@@ -73,7 +76,8 @@ TEST_F(SaveValues, StoresEachKindOfValueWithItsTypeNumber) {
 TEST_F(SaveValues, SendsOneOrderedBulkInsertInListOrder) {
     repository.SaveValues({reading{.at = 3}, reading{.at = 1}, reading{.at = 2}});
 
-    EXPECT_EQ(client.onlySent().part({"insert", "ordered"}),
+    EXPECT_EQ(client.onlySent().part(
+                  {"insert", "ordered", "bypassDocumentValidation", "comment", "writeConcern"}),
               canonical(R"({"insert": "eav_values", "ordered": true})"));
     const auto documents = client.onlySent().body["documents"].get_array().value;
     EXPECT_EQ(documents[0]["timestamp"].get_int64().value, 3);
@@ -92,14 +96,56 @@ TEST_F(SaveValues, StoresTenThousandValues) {
     EXPECT_EQ(database.count(values, R"({"timestamp": 9999, "value": 9999, "modem_id": 3})"), 1);
 }
 
-TEST_F(SaveValues, KeepsTheValuesAheadOfARefusedOne) {
-    const model::dev_value first = reading{.at = 1};
-    const model::dev_value third = reading{.at = 3};
+// More than some servers take at once unless they are told to.
+TEST_F(SaveValues, StoresSixtyThousandValuesInOneRequest) {
+    std::list<model::dev_value> many;
+    for (int number = 0; number < 60'000; ++number) {
+        many.push_back(reading{.modem = number % 7, .at = number, .value = number});
+    }
+    const qint64 before = QDateTime::currentMSecsSinceEpoch();
+    repository.SaveValues(many);
+    const qint64 taken = QDateTime::currentMSecsSinceEpoch() - before;
+
+    EXPECT_THAT(client.sentNames(), ElementsAre("insert"));
+    EXPECT_EQ(database.count(values), 60'000);
+    EXPECT_EQ(database.count(values, R"({"timestamp": 59999, "value": 59999})"), 1);
+    // The conversions and the request are both part of the duration.
+    ASSERT_THAT(log.lines(), IsOneLine("Save EAV values executed in %1ms"));
+    EXPECT_GE(durationIn(log.lines().front().text, "Save EAV values executed in %1ms"), taken / 2);
+}
+
+TEST_F(SaveValues, StoresNoneIfOneIsLargerThanTheServerTakes) {
     model::dev_value tooLarge = reading{.at = 2};
     tooLarge.message_id = QString(17'000'000, QLatin1Char('x'));
 
-    EXPECT_THROW(repository.SaveValues({first, tooLarge, third}), mongocxx::v1::exception);
-    EXPECT_EQ(database.count(values, R"({"timestamp": 3})"), 0);
+    EXPECT_THROW(repository.SaveValues({reading{.at = 1}, tooLarge, reading{.at = 3}}),
+                 mongocxx::v1::exception);
+    EXPECT_EQ(database.count(values), 0);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+// What is more than the server takes at once (48 MB) goes in batches, and is kept batch by batch.
+TEST_F(SaveValues, KeepsTheBatchesAheadOfOneThatCannotBeSent) {
+    std::list<model::dev_value> many;
+    for (int number = 1; number <= 5; ++number) {
+        many.push_back(reading{.at = number});
+        many.back().message_id = QString(number == 5 ? 17'000'000 : 13'000'000, QLatin1Char('x'));
+    }
+
+    EXPECT_THROW(repository.SaveValues(many), mongocxx::v1::exception);
+    EXPECT_EQ(database.count(values, R"({"timestamp": {"$lte": 3}})"), 3);
+    EXPECT_EQ(database.count(values), 3);
+    EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(SaveValues, StoresNoneIfOneHasNoBsonForm) {
+    model::dev_value formless = reading{.at = 2};
+    formless.extended_data = QJsonDocument::fromJson(R"({"id": {"$oid": "no ObjectId"}})");
+
+    EXPECT_THROW(repository.SaveValues({reading{.at = 1}, formless, reading{.at = 3}}),
+                 bsoncxx::v1::exception);
+    EXPECT_THAT(client.sentNames(), IsEmpty());
+    EXPECT_EQ(database.count(values), 0);
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
@@ -165,6 +211,42 @@ TEST_F(GetValues, IncludesBothBoundsAndDropsTheirSubSecondParts) {
     filter.end = utc(200).addMSecs(999);
 
     EXPECT_EQ(valueTimes(filter), (times_by_device{{7, {200, 100}}}));
+}
+
+TEST_F(GetValues, OfEqualBoundsFindsThatSecond) {
+    repository.SaveValues({reading{.at = 99}, reading{.at = 100}, reading{.at = 101}});
+    auto filter = allOf({7});
+    filter.begin = utc(100);
+    filter.end = utc(100);
+
+    EXPECT_EQ(valueTimes(filter), (times_by_device{{7, {100}}}));
+}
+
+TEST_F(GetValues, OfNullBoundsFindsTheEpochOfTheHostsZone) {
+    const local_time_zone zone{"UTC0"};
+    repository.SaveValues({reading{.at = 0}, reading{.at = 1}});
+    auto filter = allOf({7});
+    filter.begin = QDateTime();
+    filter.end = QDateTime();
+
+    EXPECT_EQ(valueTimes(filter), (times_by_device{{7, {0}}}));
+}
+
+TEST_F(GetValues, OfADeviceNamedTwiceGivesItsValuesOnce) {
+    repository.SaveValues({reading{.at = 1}, reading{.at = 2}});
+
+    EXPECT_EQ(valueTimes(allOf({7, 7})), (times_by_device{{7, {2, 1}}}));
+}
+
+TEST_F(GetValues, ThrowsAndLogsNothingWhenAValueInTheMiddleIsDamaged) {
+    using damaged = damaged_answers<mongo::EAVRepositoryMongo>;
+    repository.SaveValues(
+        {reading{.at = 1}, reading{.at = 2, .value = damaged::text()}, reading{.at = 3}});
+    log.clear();
+    damaged answers{database.name()};
+
+    EXPECT_THROW(answers.repository.GetValues(allOf({7})), bsoncxx::v1::exception);
+    EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(GetValues, SelectsByObisCodeAndTag) {
@@ -244,8 +326,7 @@ TEST_F(GetValues, SendsPeriodDevicesCodesAndTagsInThisOrder) {
     filter.limit = 9;
     repository.GetValues(filter);
 
-    EXPECT_EQ(client.onlySent().part({"find", "filter", "sort", "limit", "singleBatch"}),
-              canonical(R"({
+    EXPECT_EQ(client.onlySent().asked(), canonical(R"({
         "find": "eav_values",
         "filter": {"timestamp": {"$gte": {"$numberLong": "100"}, "$lte": {"$numberLong": "200"}},
                    "modem_id": {"$in": [7, 5]},
@@ -324,8 +405,8 @@ TEST_F(DeleteValues, SendsOneRequest) {
     filter.obis_codes = {"a"_q};
     repository.DeleteValues(filter);
 
-    EXPECT_EQ(client.onlySent().part({"delete", "deletes"}), canonical(R"({
-        "delete": "eav_values",
+    EXPECT_EQ(client.onlySent().asked(), canonical(R"({
+        "delete": "eav_values", "ordered": true,
         "deletes": [{"q": {
             "timestamp": {"$gte": {"$numberLong": "100"}, "$lte": {"$numberLong": "200"}},
             "modem_id": {"$in": [7, 5]}, "tag": {"$in": ["x"]}}, "limit": 0}]

@@ -228,12 +228,13 @@ TYPED_TEST(PersistentStore, UsesItsOwnCollectionAlone) {
 
 // Deliberate: every host finds its data in the same place.
 TYPED_TEST(PersistentStore, DatabaseOfTheConnectionStringIsNotUsed) {
-    TypeParam other{mongoUrlOfDatabase("kelvro_test_elsewhere")};
+    test_support::temporary_database elsewhere;
+    TypeParam other{mongoUrlOfDatabase(elsewhere.name())};
     other.Create();
     other.Save(1, {{"a"_q, 1}});
 
     EXPECT_EQ(this->database.count(this->collection), 1);
-    EXPECT_THAT(test_support::mongo_database{"kelvro_test_elsewhere"}.collections(), IsEmpty());
+    EXPECT_THAT(elsewhere.collections(), IsEmpty());
 }
 
 TYPED_TEST(PersistentStore, MalformedConnectionStringIsRefusedByTheConstructor) {

@@ -1,7 +1,9 @@
 #include "model/bson_utils.h"
 #include "model/documents/ul_message.h"
 #include "mongo/store_layout.h"
+#include "tests/mongo/damaged_answers.h"
 #include "tests/mongo/uplink_repository_fixture.h"
+#include "tests/support/time_zone.h"
 
 #include <bsoncxx/v1/exception.hpp>
 #include <mongocxx/v1/collection.hpp>
@@ -16,9 +18,6 @@ namespace {
 /// What GetMessages asks the server.
 class UplinkQuery : public UplinkRepositoryTest {
 protected:
-    static constexpr std::initializer_list<std::string_view> queryParts = {
-        "find", "filter", "sort", "limit", "skip", "projection", "hint", "singleBatch"};
-
     static model::filter_roll filterOf100To200(std::list<int> modem_ids) {
         auto filter = uplinksOf(std::move(modem_ids));
         filter.begin = utc(100);
@@ -30,7 +29,7 @@ protected:
     std::string sentFor(const model::filter_roll& filter) {
         client.forget();
         repository.GetMessages(filter);
-        return client.onlySent().part(queryParts);
+        return client.onlySent().asked();
     }
 
     /// The indexes that the server takes for it, in a collection laid out and filled.
@@ -147,6 +146,18 @@ TEST_F(UplinkQuery, SendsBoundsBeyond32Bits) {
                    "modem_id": {"$in": [7]}}})"));
 }
 
+TEST_F(UplinkQuery, SendsNullBoundsAsTheEpochOfTheHostsZone) {
+    const local_time_zone zone{"UTC0"};
+    auto filter = filterOf100To200({7});
+    filter.begin = QDateTime();
+    filter.end = QDateTime();
+    sentFor(filter);
+
+    EXPECT_EQ(client.onlySent().part({"filter"}), canonical(R"({
+        "filter": {"timestamp": {"$gte": {"$numberLong": "0"}, "$lte": {"$numberLong": "0"}},
+                   "modem_id": {"$in": [7]}}})"));
+}
+
 TEST_F(UplinkQuery, OfAFewMessagesIsOneRequest) {
     save({uplink{.id = 1}, uplink{.id = 2, .modem = 8}, uplink{.id = 3}});
     client.forget();
@@ -225,6 +236,16 @@ TEST_F(MalformedUplink, AmongGoodOnesLosesTheWholeResult) {
     save({uplink{.id = 2, .at = 1'800'000'000}, uplink{.id = 3, .at = 100}});
     log.clear();
     expectQueryToFail();
+}
+
+TEST_F(MalformedUplink, WithTextThatIsNoUtf8ComesBackWithReplacementCharacters) {
+    using damaged = damaged_answers<mongo::ULAPPMessageRepository>;
+    save({uplink{.id = 1, .at = 1}, uplink{.id = 2, .at = 2, .tag = damaged::text()}});
+    log.clear();
+    damaged answers{database.name()};
+
+    const auto found = answers.repository.GetMessages(uplinksOf({7}))->at(7);
+    EXPECT_EQ(found.front().tag, "to be"_q + QString(7, QChar::ReplacementCharacter));
 }
 
 TEST_F(MalformedUplink, OutsideTheQueryDoesNoHarm) {

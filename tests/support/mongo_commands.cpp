@@ -6,6 +6,7 @@
 #include <mongocxx/v1/uri.hpp>
 
 #include <algorithm>
+#include <functional>
 #include <stdexcept>
 
 namespace test_support {
@@ -25,22 +26,37 @@ mongocxx::v1::client recordingInto(std::vector<sent_command>& sent, const std::s
     return mongocxx::v1::client{mongocxx::v1::uri{url}, options};
 }
 
-} // namespace
+bool isAmong(std::string_view key, std::initializer_list<std::string_view> keys) {
+    return std::ranges::find(keys, key) != keys.end();
+}
 
-std::string sent_command::part(std::initializer_list<std::string_view> fields) const {
+std::string pick(const bsoncxx::v1::document::view& document,
+                 const std::function<bool(std::string_view)>& wanted) {
     bson_t whole;
-    bson_init_static(&whole, body.data(), body.size());
+    bson_init_static(&whole, document.data(), document.size());
     bson_t picked = BSON_INITIALIZER;
     bson_iter_t iterator;
     bson_iter_init(&iterator, &whole);
     while (bson_iter_next(&iterator)) {
-        if (std::ranges::find(fields, std::string_view{bson_iter_key(&iterator)}) != fields.end()) {
+        if (wanted(bson_iter_key(&iterator))) {
             bson_append_iter(&picked, nullptr, 0, &iterator);
         }
     }
     std::string text = toJson(bsoncxx::v1::document::view{bson_get_data(&picked), picked.len});
     bson_destroy(&picked);
     return text;
+}
+
+} // namespace
+
+std::string sent_command::part(std::initializer_list<std::string_view> fields) const {
+    return pick(body, [&](std::string_view key) { return isAmong(key, fields); });
+}
+
+std::string sent_command::asked() const {
+    return pick(body, [](std::string_view key) {
+        return !isAmong(key, {"lsid", "txnNumber", "$db", "$clusterTime", "$readPreference"});
+    });
 }
 
 recording_client::recording_client(const std::string& url) : m_client(recordingInto(m_sent, url)) {}

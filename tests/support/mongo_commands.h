@@ -19,6 +19,10 @@ struct sent_command {
 
     /// Canonical extended JSON of those of the named fields that the request has, in its own order.
     std::string part(std::initializer_list<std::string_view> fields) const;
+
+    /// Canonical extended JSON of all of it but for what the driver adds by itself: session,
+    /// database, read preference. An option that should not be there shows.
+    std::string asked() const;
 };
 
 /// A client that records the requests that go out through it.

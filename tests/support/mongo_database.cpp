@@ -120,7 +120,7 @@ std::string mongoUrlOfDatabase(std::string_view database) {
 
 std::string unreachableMongoUrl() {
     needInstance();
-    // Port 1 of the own machine: refused at once, and tried again until the time is up.
+    // Port 1 of the own machine refuses at once.
     return "mongodb://127.0.0.1:1/?serverSelectionTimeoutMS=200&connectTimeoutMS=200";
 }
 

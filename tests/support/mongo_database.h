@@ -27,7 +27,7 @@ std::string mongoUrlWith(std::string_view option);
 /// The same server with the connection string naming this database.
 std::string mongoUrlOfDatabase(std::string_view database);
 
-/// A server that does not answer, given up after a fraction of a second.
+/// A server that is not there: its port is closed.
 std::string unreachableMongoUrl();
 
 /// A name that no other test takes.
@@ -86,6 +86,16 @@ public:
 private:
     std::string m_name;
     mongocxx::v1::client m_client;
+};
+
+/// A database under a name that no other test takes, dropped at the end whatever happens.
+class temporary_database : public mongo_database {
+public:
+    temporary_database() : mongo_database(uniqueDatabaseName()) {}
+    ~temporary_database() { drop(); }
+
+    temporary_database(const temporary_database&) = delete;
+    temporary_database& operator=(const temporary_database&) = delete;
 };
 
 /// A database of the test's own, dropped at its end: such tests run in parallel.

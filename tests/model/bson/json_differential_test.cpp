@@ -102,13 +102,39 @@ TEST(JsonWithoutText, LeavesZerosAndSurrogatesToTheText) {
     EXPECT_FALSE(withoutText({{QString{}, 1}}));
 }
 
-TEST(JsonWithoutText, TakesAsManyLevelsAsTheTextAllows) {
-    for (int levels = 1; levels < 120; ++levels) {
-        const QJsonObject json = nested(levels);
-        if (const auto document = withoutText(json)) {
+QJsonObject nestedArrays(int levels) {
+    QJsonArray json{1};
+    for (int level = 2; level < levels; ++level) {
+        json = QJsonArray{json};
+    }
+    return {{"a"_q, json}};
+}
+
+using nesting = QJsonObject (*)(int levels);
+
+class Nesting : public testing::TestWithParam<nesting> {};
+
+INSTANTIATE_TEST_SUITE_P(Kinds, Nesting, testing::Values(nesting{nested}, nesting{nestedArrays}));
+
+TEST_P(Nesting, IsWrittenDirectlyForSomeLevelsAndEquallyForAll) {
+    for (int levels = 2; levels < 98; ++levels) {
+        const QJsonObject json = GetParam()(levels);
+        const auto document = withoutText(json);
+        EXPECT_EQ(document.has_value(), levels <= 65) << levels;
+        if (document) {
             ASSERT_EQ(*document, byText(json)) << levels << " levels";
-        } else {
-            EXPECT_GT(levels, 60);
+        }
+    }
+}
+
+TEST_P(Nesting, IsReadDirectlyForSomeLevelsAndEquallyForAll) {
+    for (int levels = 2; levels < 190; ++levels) {
+        const auto document = bson_utils::toBson(GetParam()(levels));
+        const auto object = bson_utils::ordinaryObject(document);
+        EXPECT_EQ(object.has_value(), levels <= 101) << levels;
+        if (object) {
+            expectSame(*object, bson_utils::insertedObject(document));
+            expectSame(*object, bson_utils::legacyObject(document));
         }
     }
 }

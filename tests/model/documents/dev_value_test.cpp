@@ -149,6 +149,26 @@ TEST(ValueReader, GivesARecordOfDefaultsWhenTheNestingIsTooDeep) {
     EXPECT_EQ(read(nested(200).view()).modem_id, 0);
 }
 
+TEST(ValueReader, GivesARecordOfDefaultsWhenArraysAreNestedTooDeep) {
+    const auto nested = [](int levels) {
+        document_bytes inner = doc();
+        for (int i = 0; i < levels; ++i) {
+            inner = doc(array("0", inner));
+        }
+        return doc(int32("modem_id", 5), array("other", inner));
+    };
+    EXPECT_EQ(read(nested(199).view()).modem_id, 5);
+    EXPECT_EQ(read(nested(200).view()).modem_id, 0);
+}
+
+TEST(ValueReader, RefusesDamageInsideANestedArray) {
+    document_bytes stored =
+        doc(embedded("extended_data", doc(array("a", doc(string("0", "electricity"))))));
+    EXPECT_NO_THROW(read(stored.view()));
+    stored.bytes[stored.bytes.find("electricity") + 11] = 'x'; // instead of the closing zero
+    EXPECT_THROW(read(stored.view()), bsoncxx::v1::exception);
+}
+
 TEST(ValueReader, RefusesInvalidUtf8Anywhere) {
     EXPECT_THROW(read(doc(string("tag", "\xFF")).view()), bsoncxx::v1::exception);
     EXPECT_THROW(read(doc(string("other", "\xED\xA0\x80")).view()), bsoncxx::v1::exception);
