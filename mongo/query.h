@@ -44,7 +44,7 @@ template <typename Record, typename Cursor>
 void collect(Cursor cursor, by_device<Record>& found) {
     bson_utils::local_times times;
     for (const auto& document : cursor) {
-        Record record = bson_utils::readDocument<Record>(document, times);
+        auto record = bson_utils::readDocument<Record>(document, times);
         found[record.modem_id].push_back(std::move(record));
     }
 }
