@@ -1,6 +1,7 @@
 #include "host/console.h"
-#include "host/demo.h"
-#include "host/plot_command.h"
+#include "host/demo/demo.h"
+#include "host/input/settings.h"
+#include "host/plot/plot_command.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
@@ -36,13 +37,15 @@ struct CommandLine {
     std::optional<int> device;
     std::string obisCode = "1-0:1.7.0";
     std::string plotFileBase = "power";
+    bool clear = false;
     bool verbose = false;
 };
 
 void addCommonOptions(CLI::App& command, CommandLine& given) {
     command.add_option("--plugin", given.pluginFile, "The plug-in's file")->required();
-    command.add_option("--settings", given.settingsFile, "JSON file with the plug-in's settings")
-        ->required();
+    command.add_option("--settings", given.settingsFile,
+                       "JSON file with the plug-in's settings; default: the servers of MONGODB_URL "
+                       "and REDIS_URL");
     command
         .add_option("--readings", given.readingsFile,
                     "Readings of an electricity meter, one JSON object a line")
@@ -60,6 +63,8 @@ CLI::App* addDemo(CLI::App& app, CommandLine& given) {
     demo->add_option("--decoder", given.decoder, "Where the telegrams' readings come from")
         ->transform(CLI::CheckedTransformer(decoderNames))
         ->default_str("auto");
+    demo->add_flag("--clear", given.clear,
+                   "Store nothing, but delete what an earlier demo stored of the same meters");
     return demo;
 }
 
@@ -73,20 +78,27 @@ void addPlot(CLI::App& app, CommandLine& given) {
         ->capture_default_str();
 }
 
+QJsonObject settings(const CommandLine& given) {
+    return given.settingsFile.empty()
+               ? host::settingsFromEnvironment()
+               : host::readSettings(QString::fromStdString(given.settingsFile));
+}
+
 host::DemoOptions demoOptions(const CommandLine& given) {
     host::DemoOptions options;
     options.pluginFile = QString::fromStdString(given.pluginFile);
-    options.settingsFile = QString::fromStdString(given.settingsFile);
+    options.settings = settings(given);
     options.telegramsFile = QString::fromStdString(given.telegramsFile);
     options.readingsFile = QString::fromStdString(given.readingsFile);
     options.decoder = given.decoder;
+    options.clear = given.clear;
     return options;
 }
 
 host::PlotOptions plotOptions(const CommandLine& given) {
     host::PlotOptions options;
     options.pluginFile = QString::fromStdString(given.pluginFile);
-    options.settingsFile = QString::fromStdString(given.settingsFile);
+    options.settings = settings(given);
     options.readingsFile = QString::fromStdString(given.readingsFile);
     options.device = given.device;
     options.obisCode = QString::fromStdString(given.obisCode);

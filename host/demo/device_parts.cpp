@@ -1,0 +1,198 @@
+#include "host/demo/demo_parts.h"
+#include "host/demo/queries.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace host {
+
+namespace {
+
+// GetAllStates looks for keys of the form SECOND:FIRST:DEVICE.
+QString statePrefixFirst() {
+    return QStringLiteral("state");
+}
+QString statePrefixSecond() {
+    return QStringLiteral("kelvro-host-demo");
+}
+QString statePrefix() {
+    return statePrefixSecond() + QLatin1Char(':') + statePrefixFirst();
+}
+
+template <class Record>
+Selection<Record> isOf(int device) {
+    return [device](const Record& record) { return record.modem_id == device; };
+}
+
+template <class Record>
+std::list<int> devicesOf(const std::vector<Record>& records) {
+    return distinct(records, &Record::modem_id);
+}
+
+/// A device's record; nothing if it is empty, as that of a device which has none.
+template <class Record>
+Returned<Record> found(const Record& record) {
+    return isEmpty(record) ? Returned<Record>() : Returned<Record>{{record.modem_id, {record}}};
+}
+
+template <class Look>
+auto findAll(const std::list<int>& devices, Look look) {
+    Returned<decltype(look(0))> all;
+    for (const int device : devices) {
+        all.merge(found(look(device)));
+    }
+    return all;
+}
+
+void setValues(interfaces::IDriverState& state, const DeviceState& record) {
+    for (auto value = record.values.begin(); value != record.values.end(); ++value) {
+        if (value.value().isDouble()) {
+            state.SetValue(record.modem_id, value.key(), value.value().toDouble());
+        } else if (value.value().isString()) {
+            state.SetValue(record.modem_id, value.key(), value.value().toString().toUtf8());
+        } else {
+            state.SetValueAsVariant(record.modem_id, value.key(), value.value().toObject());
+        }
+    }
+}
+
+void push(interfaces::IDriverState& state, const DeviceState& record) {
+    state.Pull(record.modem_id);
+    setValues(state, record);
+    state.Push(record.modem_id, true);
+}
+
+DeviceState pull(interfaces::IDriverState& state, int device) {
+    state.Pull(device);
+    return {device, state.GetAll(device)};
+}
+
+DeviceEntry lookUp(interfaces::IDeviceClientsRepository& registry, int device) {
+    const auto clients = registry.GetDeviceClients(device);
+    const auto [protocol, hardware] = registry.GetDeviceInfo(device);
+    return {device, {clients.begin(), clients.end()}, protocol, hardware};
+}
+
+/// The record must have been in Redis, or only its durable copy was stored.
+template <class Record>
+void expectLost(ReadBack<Record>& records, const Record& record, bool wasThere) {
+    if (!wasThere) {
+        records.complain(record, QStringLiteral("not in Redis after it had been pushed"));
+    }
+}
+
+void readBackStates(interfaces::IDriverState& afterwards, RedisSide& redis,
+                    ReadBack<DeviceState>& states, Console& /*console*/) {
+    for (const auto& record : states.written()) {
+        expectLost(states, record, redis.loseState(statePrefix(), record.modem_id));
+        states.check(QStringLiteral("restored"), isOf<DeviceState>(record.modem_id),
+                     found(pull(afterwards, record.modem_id)));
+        afterwards.Push(record.modem_id, false);
+    }
+    Returned<DeviceState> all;
+    const auto allStates = afterwards.GetAllStates(statePrefixFirst(), statePrefixSecond());
+    for (auto each = allStates->begin(); each != allStates->end(); ++each) {
+        all[each.key()].push_back({each.key(), each.value()});
+    }
+    states.check(QStringLiteral("all states"), everyRecord, all);
+}
+
+void readBackQueues(interfaces::IDriverDLqueue& queues, RedisSide& redis,
+                    ReadBack<DeviceQueues>& records, Console& /*console*/) {
+    for (const auto& record : records.written()) {
+        const int device = record.modem_id;
+        const auto check = [&](const QString& query) {
+            records.check(query, isOf<DeviceQueues>(device),
+                          found(DeviceQueues{device, queues.Pull(device)}));
+        };
+        check(QStringLiteral("pulled from Redis"));
+        expectLost(records, record, redis.loseQueues(device));
+        check(QStringLiteral("pulled from MongoDB"));
+    }
+}
+
+void readBackEntries(interfaces::IDeviceClientsRepository& registry, ReadBack<DeviceEntry>& entries,
+                     Console& /*console*/) {
+    for (const auto& entry : entries.written()) {
+        entries.check(QStringLiteral("looked up"), isOf<DeviceEntry>(entry.modem_id),
+                      found(lookUp(registry, entry.modem_id)));
+    }
+}
+
+} // namespace
+
+Part<DeviceState> statePart(interfaces::IDriverState& state, interfaces::IDriverState& afterwards,
+                            RedisSide& redis, const std::vector<model::message>& messages) {
+    state.SetPrefix(statePrefix());
+    afterwards.SetPrefix(statePrefix());
+    const auto devices = devicesOf(messages);
+    Part<DeviceState> part;
+    part.kind = QStringLiteral("driver states");
+    part.origin = QLatin1String("kept");
+    part.heading = QStringLiteral("Driver state, downlink queues and client registry");
+    part.remark = QStringLiteral("States are pushed, lost from Redis and restored from MongoDB; "
+                                 "then deleted, since they do not expire.");
+    part.records = buildStates(messages);
+    part.find = [&state, devices] {
+        return findAll(devices, [&](int device) { return pull(state, device); });
+    };
+    part.remove = [&state, devices] {
+        std::ranges::for_each(devices, [&](int device) { state.Delete(device); });
+    };
+    part.store = [&state](std::span<DeviceState> batch) {
+        std::ranges::for_each(batch, [&](const auto& record) { push(state, record); });
+    };
+    part.readBack = std::bind_front(readBackStates, std::ref(afterwards), std::ref(redis));
+    part.expires = false;
+    return part;
+}
+
+Part<DeviceQueues> queuePart(interfaces::IDriverDLqueue& queues, RedisSide& redis,
+                             const std::vector<model::message>& messages) {
+    const auto devices = devicesOf(messages);
+    Part<DeviceQueues> part;
+    part.kind = QStringLiteral("downlink queues");
+    part.origin = QLatin1String("made");
+    part.remark = QStringLiteral("Downlink queues are pushed, pulled from Redis and, lost there, "
+                                 "from MongoDB; then deleted, since they do not expire.");
+    part.records = buildQueues(messages);
+    part.find = [&queues, devices] {
+        return findAll(devices,
+                       [&](int device) { return DeviceQueues{device, queues.Pull(device)}; });
+    };
+    part.remove = [&queues, devices] {
+        std::ranges::for_each(devices, [&](int device) { queues.Delete(device); });
+    };
+    part.store = [&queues](std::span<DeviceQueues> batch) {
+        std::ranges::for_each(
+            batch, [&](const auto& record) { queues.Push(record.modem_id, record.queues, true); });
+    };
+    part.readBack = std::bind_front(readBackQueues, std::ref(queues), std::ref(redis));
+    part.expires = false;
+    return part;
+}
+
+Part<DeviceEntry> registryPart(interfaces::IDeviceClientsRepository& registry, RedisSide& redis,
+                               const std::vector<model::message>& messages) {
+    const auto devices = devicesOf(messages);
+    Part<DeviceEntry> part;
+    part.kind = QStringLiteral("registry entries");
+    part.origin = QLatin1String("made");
+    part.remark = QStringLiteral("Devices are entered into the client registry, looked up and "
+                                 "struck out again.");
+    part.records = buildEntries(messages);
+    part.find = [&registry, devices] {
+        return findAll(devices, [&](int device) { return lookUp(registry, device); });
+    };
+    part.remove = [&redis, devices] {
+        std::ranges::for_each(devices, [&](int device) { redis.strike(device); });
+    };
+    part.store = [&redis](std::span<DeviceEntry> batch) {
+        std::ranges::for_each(batch, [&](const auto& entry) { redis.enter(entry); });
+    };
+    part.readBack = std::bind_front(readBackEntries, std::ref(registry));
+    part.expires = false;
+    return part;
+}
+
+} // namespace host
