@@ -1,10 +1,10 @@
 #include "bench/records.h"
 
 #include "host/failure.h"
-#include "host/message_builder.h"
-#include "host/meter_readings.h"
-#include "host/telegram_reader.h"
-#include "host/value_builder.h"
+#include "host/input/meter_reading.h"
+#include "host/input/telegram.h"
+#include "host/records/message_builder.h"
+#include "host/records/value_builder.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -26,7 +26,7 @@ QDateTime start() {
 }
 
 template <typename Read>
-auto recordsOf(const char* fileName, Read read) {
+auto fileOf(const char* fileName, Read read) {
     QFile file(QStringLiteral(KELVRO_HOST_DATA_DIR "/") + QLatin1String(fileName));
     if (!file.open(QIODevice::ReadOnly)) {
         throw host::Failure(
@@ -39,7 +39,7 @@ auto recordsOf(const char* fileName, Read read) {
                                 .arg(content.records.size())
                                 .arg(content.rejected.size()));
     }
-    return content.records;
+    return content;
 }
 
 QString text(const char* prefix, std::size_t number) {
@@ -53,7 +53,8 @@ int deviceOf(std::size_t index) {
 } // namespace
 
 std::vector<model::message> telegramMessages() {
-    return host::buildMessages(recordsOf("radio_telegrams.ndjson", host::readTelegrams), start());
+    return host::buildMessages(fileOf("radio_telegrams.ndjson", host::readTelegrams).records,
+                               start());
 }
 
 std::vector<model::message> messages(std::size_t count, quint64 firstId) {
@@ -71,8 +72,8 @@ std::vector<model::message> messages(std::size_t count, quint64 firstId) {
 }
 
 std::vector<model::dev_value> meterValues() {
-    const auto readings = recordsOf("meter_readings.ndjson", host::readMeterReadings);
-    return host::buildValues(readings, host::deviceNumber(readings), start());
+    const auto file = fileOf("meter_readings.ndjson", host::readMeterReadings);
+    return host::buildValues(file.records, host::deviceNumber(file), start());
 }
 
 std::vector<model::dev_value> values(std::size_t count) {

@@ -1,5 +1,6 @@
 #include "bench/stores.h"
 
+#include "host/input/settings.h"
 #include "model/bson/bson_builder.h"
 #include "mongo/store_layout.h"
 
@@ -31,19 +32,13 @@ QUrl redisUrl() {
 }
 
 QJsonObject settings() {
-    const QUrl redis = redisUrl();
-    return {
-        {QStringLiteral("url"), QString::fromStdString(environment("MONGODB_URL"))},
-        {QStringLiteral("redis"),
-         QJsonObject{
-             {QStringLiteral("host"), redis.host()},
-             {QStringLiteral("port"), redis.port(6379)},
-             {QStringLiteral("auth"), redis.password()},
-             {QStringLiteral("cleint_db"), Stores::clientDb},
-             {QStringLiteral("state_db"), Stores::stateDb},
-             {QStringLiteral("queue_db"), Stores::queueDb},
-         }},
-    };
+    auto settings = host::settingsFromEnvironment();
+    auto redis = settings.value(QLatin1String("redis")).toObject();
+    redis.insert(QStringLiteral("cleint_db"), Stores::clientDb);
+    redis.insert(QStringLiteral("state_db"), Stores::stateDb);
+    redis.insert(QStringLiteral("queue_db"), Stores::queueDb);
+    settings.insert(QStringLiteral("redis"), redis);
+    return settings;
 }
 
 void refuseForeignDocuments(mongocxx::v1::database database) {

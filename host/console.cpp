@@ -1,14 +1,14 @@
 #include "host/console.h"
 
-#include <ftxui/dom/elements.hpp>
+#include "host/drawing.h"
+#include "host/progress.h"
+
 #include <ftxui/dom/table.hpp>
-#include <ftxui/screen/screen.hpp>
 #include <ftxui/screen/terminal.hpp>
 
 #include <algorithm>
 #include <iostream>
 #include <iterator>
-#include <limits>
 #include <string>
 #include <unistd.h>
 #include <utility>
@@ -17,18 +17,7 @@ namespace host {
 
 namespace {
 
-constexpr int barWidth = 40;
 constexpr int complaintsShown = 20;
-
-/// Draws the element at its natural size, or cut at `maxWidth` columns.
-ftxui::Screen draw(const ftxui::Element& element, int maxWidth = std::numeric_limits<int>::max()) {
-    element->ComputeRequirement();
-    const auto size = element->requirement();
-    auto screen = ftxui::Screen::Create(ftxui::Dimension::Fixed(std::min(size.min_x, maxWidth)),
-                                        ftxui::Dimension::Fixed(size.min_y));
-    ftxui::Render(screen, element);
-    return screen;
-}
 
 /// The screen's characters without colours and without blanks at the end of a line.
 std::string plainText(const ftxui::Screen& screen) {
@@ -110,43 +99,6 @@ void Console::table(const std::vector<Column>& columns, const std::vector<QStrin
 
 Progress Console::progress(const QString& title, int total) {
     return Progress(*this, title, total);
-}
-
-Progress::Progress(Console& console, QString title, int total)
-    : m_console(console), m_title(std::move(title)), m_total(total) {}
-
-Progress::~Progress() {
-    if (m_lineOpen) {
-        m_console.line();
-    }
-}
-
-void Progress::advance(int steps) {
-    const int before = m_done;
-    m_done += steps;
-    if (m_console.m_kind == Console::Kind::Terminal) {
-        drawBar();
-    } else {
-        printQuarter(before);
-    }
-}
-
-void Progress::drawBar() {
-    const auto part = static_cast<float>(m_done) / static_cast<float>(m_total);
-    const auto bar = ftxui::hbox({
-        ftxui::text(m_title.toStdString() + ' '),
-        ftxui::gauge(part) | ftxui::size(ftxui::WIDTH, ftxui::EQUAL, barWidth),
-        ftxui::text(' ' + std::to_string(m_done) + " of " + std::to_string(m_total)),
-    });
-    m_console.m_stream << '\r' << draw(bar).ToString() << std::flush;
-    m_lineOpen = true;
-}
-
-void Progress::printQuarter(int before) {
-    constexpr qint64 parts = 4;
-    if (before * parts / m_total != m_done * parts / m_total) {
-        m_console.line(QStringLiteral("%1: %2 of %3").arg(m_title).arg(m_done).arg(m_total));
-    }
 }
 
 } // namespace host

@@ -1,4 +1,5 @@
 #include "host/console.h"
+#include "host/progress.h"
 
 #include "tests/support/qt_literals.h"
 

@@ -1,7 +1,0 @@
-#include "host/failure.h"
-
-namespace host {
-
-Failure::Failure(const QString& message) : std::runtime_error(message.toStdString()) {}
-
-} // namespace host

@@ -1,0 +1,95 @@
+#include "host/input/settings.h"
+
+#include "host/failure.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonParseError>
+#include <QRegularExpression>
+#include <QUrl>
+
+namespace host {
+
+namespace {
+
+QJsonObject parseRedisUrl(const QString& text) {
+    const QUrl url(text, QUrl::StrictMode);
+    if (!url.isValid() || url.scheme() != QLatin1String("redis") || url.host().isEmpty()) {
+        // The text may hold a password.
+        throw Failure(QStringLiteral("REDIS_URL is not of the form redis://[:password@]host:port"));
+    }
+    QJsonObject redis{{QStringLiteral("host"), url.host()}};
+    if (url.port() != -1) {
+        redis.insert(QStringLiteral("port"), url.port());
+    }
+    if (!url.password().isEmpty()) {
+        redis.insert(QStringLiteral("auth"), url.password(QUrl::FullyDecoded));
+    }
+    return redis;
+}
+
+} // namespace
+
+QJsonObject readSettings(const QString& fileName) {
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly)) {
+        throw Failure(QStringLiteral("cannot read the settings file %1: %2")
+                          .arg(fileName, file.errorString()));
+    }
+    QJsonParseError error{};
+    const auto document = QJsonDocument::fromJson(file.readAll(), &error);
+    if (error.error != QJsonParseError::NoError) {
+        throw Failure(QStringLiteral("the settings file %1 is not JSON: %2 at byte %3")
+                          .arg(fileName, error.errorString())
+                          .arg(error.offset + 1));
+    }
+    if (!document.isObject()) {
+        throw Failure(QStringLiteral("the settings file %1 is not a JSON object").arg(fileName));
+    }
+    auto settings = document.object();
+    if (settings.value(QLatin1String("url")).toString().isEmpty()) {
+        throw Failure(QStringLiteral("the settings file %1 has no \"url\" text").arg(fileName));
+    }
+    return settings;
+}
+
+QJsonObject settingsFromEnvironment() {
+    const auto mongo = qEnvironmentVariable("MONGODB_URL");
+    if (mongo.isEmpty()) {
+        throw Failure(QStringLiteral("neither a settings file (--settings) nor MONGODB_URL says "
+                                     "where the servers are"));
+    }
+    QJsonObject settings{{QStringLiteral("url"), mongo}};
+    if (const auto redis = qEnvironmentVariable("REDIS_URL"); !redis.isEmpty()) {
+        settings.insert(QStringLiteral("redis"), parseRedisUrl(redis));
+    }
+    return settings;
+}
+
+RedisSettings redisSettings(const QJsonObject& settings) {
+    const auto redis = settings.value(QLatin1String("redis")).toObject();
+    return {
+        .host = redis.value(QLatin1String("host")).toString(QStringLiteral("127.0.0.1")),
+        .auth = redis.value(QLatin1String("auth")).toString(),
+        .name = redis.value(QLatin1String("name")).toString(),
+        .port = redis.value(QLatin1String("port")).toInt(6379),
+        // The key is spelled so.
+        .clientDb = redis.value(QLatin1String("cleint_db")).toInt(2),
+        .stateDb = redis.value(QLatin1String("state_db")).toInt(0),
+        .queueDb = redis.value(QLatin1String("queue_db")).toInt(7),
+    };
+}
+
+QString serverName(const QJsonObject& settings) {
+    static const QRegularExpression credentials(QStringLiteral("//[^/]*@"));
+    return settings.value(QLatin1String("url"))
+        .toString()
+        .replace(credentials, QStringLiteral("//"));
+}
+
+QString redisName(const QJsonObject& settings) {
+    const auto redis = redisSettings(settings);
+    return redis.host + QLatin1Char(':') + QString::number(redis.port);
+}
+
+} // namespace host

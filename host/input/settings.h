@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+
+namespace host {
+
+/// Reads the plug-in's settings from a JSON file:
+/// {"url": "mongodb://…", "redis": {"host", "auth", "name", "port", "cleint_db", "state_db",
+/// "queue_db"}}. Throws Failure, naming the file, if it cannot be read, is no JSON object or has no
+/// "url" text. Everything else is the plug-in's to judge.
+QJsonObject readSettings(const QString& fileName);
+
+/// The settings for the servers that the environment names: MONGODB_URL and
+/// REDIS_URL=redis://[:password@]host[:port]. Throws Failure, naming the variable, if MONGODB_URL
+/// is not set or REDIS_URL is no such address; without REDIS_URL the plug-in's defaults stand.
+QJsonObject settingsFromEnvironment();
+
+/// What the plug-in reads from the "redis" object of the settings, defaults filled in.
+struct RedisSettings {
+    QString host;
+    QString auth;
+    QString name;
+    int port = 0;
+    int clientDb = 0;
+    int stateDb = 0;
+    int queueDb = 0;
+};
+RedisSettings redisSettings(const QJsonObject& settings);
+
+/// The MongoDB connection string of the settings without user name and password, for messages.
+QString serverName(const QJsonObject& settings);
+
+/// HOST:PORT of the settings' Redis server, with the plug-in's defaults.
+QString redisName(const QJsonObject& settings);
+
+} // namespace host

@@ -1,0 +1,173 @@
+#include "host/input/settings.h"
+
+#include "host/failure.h"
+#include "tests/support/qt_literals.h"
+#include "tests/support/qt_printers.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+namespace {
+
+using namespace test_support::literals;
+
+class SettingsFile : public testing::Test {
+protected:
+    QString write(const QByteArray& text) {
+        auto fileName = m_folder.filePath("settings.json"_q);
+        QFile file(fileName);
+        if (!file.open(QIODevice::WriteOnly)) {
+            throw std::runtime_error("cannot write the settings");
+        }
+        file.write(text);
+        return fileName;
+    }
+
+    static QString failureOf(const QString& fileName) {
+        try {
+            host::readSettings(fileName);
+        } catch (const host::Failure& failure) {
+            return QString::fromUtf8(failure.what());
+        }
+        return {};
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+TEST_F(SettingsFile, GivesTheObject) {
+    const auto settings =
+        host::readSettings(write(R"({"url":"mongodb://h/","redis":{"cleint_db":2}})"));
+    EXPECT_EQ(settings.value("url"_q), QJsonValue("mongodb://h/"_q));
+    EXPECT_EQ(settings.value("redis"_q).toObject().value("cleint_db"_q), QJsonValue(2));
+}
+
+TEST_F(SettingsFile, NamesAFileThatIsMissing) {
+    EXPECT_EQ(failureOf("/nonexistent.json"_q),
+              "cannot read the settings file /nonexistent.json: No such file or directory"_q);
+}
+
+TEST_F(SettingsFile, SaysWhereAFileStopsBeingJson) {
+    const auto fileName = write(R"({"url":)");
+    EXPECT_EQ(failureOf(fileName),
+              "the settings file "_q + fileName + " is not JSON: unterminated object at byte 8"_q);
+}
+
+TEST_F(SettingsFile, RefusesJsonThatIsNoObject) {
+    const auto fileName = write("[]");
+    EXPECT_EQ(failureOf(fileName), "the settings file "_q + fileName + " is not a JSON object"_q);
+}
+
+TEST_F(SettingsFile, RefusesAnObjectWithoutUrl) {
+    const auto fileName = write(R"({"redis":{}})");
+    EXPECT_EQ(failureOf(fileName), "the settings file "_q + fileName + " has no \"url\" text"_q);
+}
+
+TEST(RedisSettings, HaveThePluginsDefaults) {
+    const auto redis = host::redisSettings({});
+    EXPECT_EQ(redis.host, "127.0.0.1"_q);
+    EXPECT_EQ(redis.auth, QString());
+    EXPECT_EQ(redis.name, QString());
+    EXPECT_EQ(redis.port, 6379);
+    EXPECT_EQ(redis.clientDb, 2);
+    EXPECT_EQ(redis.stateDb, 0);
+    EXPECT_EQ(redis.queueDb, 7);
+}
+
+TEST(RedisSettings, TakeEachKey) {
+    const auto redis = host::redisSettings({{"redis"_q, QJsonObject{{"host"_q, "h"_q},
+                                                                    {"auth"_q, "a"_q},
+                                                                    {"name"_q, "n"_q},
+                                                                    {"port"_q, 1},
+                                                                    {"cleint_db"_q, 3},
+                                                                    {"state_db"_q, 4},
+                                                                    {"queue_db"_q, 5}}}});
+    EXPECT_EQ(redis.host, "h"_q);
+    EXPECT_EQ(redis.auth, "a"_q);
+    EXPECT_EQ(redis.name, "n"_q);
+    EXPECT_EQ(redis.port, 1);
+    EXPECT_EQ(redis.clientDb, 3);
+    EXPECT_EQ(redis.stateDb, 4);
+    EXPECT_EQ(redis.queueDb, 5);
+}
+
+TEST(RedisName, IsHostAndPort) {
+    EXPECT_EQ(host::redisName({{"redis"_q, QJsonObject{{"host"_q, "h"_q}}}}), "h:6379"_q);
+}
+
+/// The two variables, for as long as a test runs.
+class EnvironmentSettings : public testing::Test {
+protected:
+    EnvironmentSettings() {
+        qputenv("MONGODB_URL", "mongodb://h/");
+        qunsetenv("REDIS_URL");
+    }
+    ~EnvironmentSettings() override {
+        restore("MONGODB_URL", m_mongo);
+        restore("REDIS_URL", m_redis);
+    }
+
+    static QJsonObject redisOf(const char* url) {
+        qputenv("REDIS_URL", url);
+        return host::settingsFromEnvironment().value("redis"_q).toObject();
+    }
+
+    static QString failure() {
+        try {
+            host::settingsFromEnvironment();
+        } catch (const host::Failure& failure) {
+            return QString::fromUtf8(failure.what());
+        }
+        return {};
+    }
+
+private:
+    static void restore(const char* name, const QByteArray& value) {
+        value.isNull() ? qunsetenv(name) : qputenv(name, value);
+    }
+
+    QByteArray m_mongo = qgetenv("MONGODB_URL");
+    QByteArray m_redis = qgetenv("REDIS_URL");
+};
+
+TEST_F(EnvironmentSettings, TakeTheMongoUrlAsItIs) {
+    EXPECT_EQ(host::settingsFromEnvironment(), (QJsonObject{{"url"_q, "mongodb://h/"_q}}));
+}
+
+TEST_F(EnvironmentSettings, TakeHostPortAndPasswordOfTheRedisUrl) {
+    EXPECT_EQ(
+        redisOf("redis://:p%40%2Fss@redis.example:7000"),
+        (QJsonObject{{"host"_q, "redis.example"_q}, {"port"_q, 7000}, {"auth"_q, "p@/ss"_q}}));
+}
+
+TEST_F(EnvironmentSettings, LeaveWhatTheRedisUrlDoesNotSayToThePlugin) {
+    EXPECT_EQ(redisOf("redis://redis.example"), (QJsonObject{{"host"_q, "redis.example"_q}}));
+}
+
+TEST_F(EnvironmentSettings, RefuseARedisUrlWithoutRepeatingItsPassword) {
+    for (const auto* const url : {"redis://:secret@", "http://:secret@h:1", "h:1", "redis://h:x"}) {
+        qputenv("REDIS_URL", url);
+        EXPECT_EQ(failure(), "REDIS_URL is not of the form redis://[:password@]host:port"_q) << url;
+    }
+}
+
+TEST_F(EnvironmentSettings, NameTheVariableThatIsMissing) {
+    qunsetenv("MONGODB_URL");
+    EXPECT_EQ(failure(), "neither a settings file (--settings) nor MONGODB_URL says where the "
+                         "servers are"_q);
+}
+
+TEST(ServerName, LeavesOutUserNameAndPassword) {
+    EXPECT_EQ(host::serverName({{"url"_q, "mongodb://user:p%40ss@a:1,b:2/x?y=z@w"_q}}),
+              "mongodb://a:1,b:2/x?y=z@w"_q);
+}
+
+TEST(ServerName, KeepsAUrlWithoutThem) {
+    EXPECT_EQ(host::serverName({{"url"_q, "mongodb://a:1/"_q}}), "mongodb://a:1/"_q);
+}
+
+} // namespace
