@@ -29,27 +29,29 @@ const std::map<std::string, host::DecoderChoice> decoderNames = {
 };
 
 struct CommandLine {
-    std::string pluginFile;
-    std::string settingsFile;
-    std::string telegramsFile = KELVRO_HOST_DATA_DIR "/radio_telegrams.ndjson";
-    std::string readingsFile = KELVRO_HOST_DATA_DIR "/meter_readings.ndjson";
-    host::DecoderChoice decoder = host::DecoderChoice::Auto;
-    std::optional<int> device;
-    std::string obisCode = "1-0:1.7.0";
-    std::string plotFileBase = "power";
-    bool clear = false;
+    host::DemoOptions demo;
+    host::PlotOptions plot;
+    QString settingsFile;
     bool verbose = false;
 };
 
-void addCommonOptions(CLI::App& command, CommandLine& given) {
-    command.add_option("--plugin", given.pluginFile, "The plug-in's file")->required();
-    command.add_option("--settings", given.settingsFile,
-                       "JSON file with the plug-in's settings; default: the servers of MONGODB_URL "
-                       "and REDIS_URL");
-    command
-        .add_option("--readings", given.readingsFile,
-                    "Readings of an electricity meter, one JSON object a line")
-        ->capture_default_str();
+CLI::Option* addText(CLI::App& command, const char* name, QString& text, const char* description) {
+    return command
+        .add_option_function<std::string>(
+            name, [&text](const std::string& given) { text = QString::fromStdString(given); },
+            description)
+        ->default_str(text.toStdString());
+}
+
+template <class Options>
+void addCommonOptions(CLI::App& command, Options& options, CommandLine& given) {
+    options.readingsFile = QStringLiteral(KELVRO_HOST_DATA_DIR "/meter_readings.ndjson");
+    addText(command, "--plugin", options.pluginFile, "The plug-in's file")->required();
+    addText(command, "--settings", given.settingsFile,
+            "JSON file with the plug-in's settings; default: the servers of MONGODB_URL and "
+            "REDIS_URL");
+    addText(command, "--readings", options.readingsFile,
+            "Readings of an electricity meter, one JSON object a line");
     command.add_flag("--verbose", given.verbose, "Show the plug-in's own log lines");
 }
 
@@ -57,13 +59,13 @@ CLI::App* addDemo(CLI::App& app, CommandLine& given) {
     auto* const demo =
         app.add_subcommand("demo", "Sends the telegrams and readings of real meters through the "
                                    "plug-in and compares what comes back");
-    addCommonOptions(*demo, given);
-    demo->add_option("--input", given.telegramsFile, "Telegrams, one JSON object a line")
-        ->capture_default_str();
-    demo->add_option("--decoder", given.decoder, "Where the telegrams' readings come from")
+    addCommonOptions(*demo, given.demo, given);
+    given.demo.telegramsFile = QStringLiteral(KELVRO_HOST_DATA_DIR "/radio_telegrams.ndjson");
+    addText(*demo, "--input", given.demo.telegramsFile, "Telegrams, one JSON object a line");
+    demo->add_option("--decoder", given.demo.decoder, "Where the telegrams' readings come from")
         ->transform(CLI::CheckedTransformer(decoderNames))
         ->default_str("auto");
-    demo->add_flag("--clear", given.clear,
+    demo->add_flag("--clear", given.demo.clear,
                    "Store nothing, but delete what an earlier demo stored of the same meters");
     return demo;
 }
@@ -71,39 +73,16 @@ CLI::App* addDemo(CLI::App& app, CommandLine& given) {
 void addPlot(CLI::App& app, CommandLine& given) {
     auto* const plot = app.add_subcommand(
         "plot", "Draws the stored values of an OBIS code over time, as SVG and PNG");
-    addCommonOptions(*plot, given);
-    plot->add_option("--device", given.device, "Device number; default: the one of the readings");
-    plot->add_option("--obis", given.obisCode, "OBIS code")->capture_default_str();
-    plot->add_option("--output", given.plotFileBase, "Files to write, without .svg and .png")
-        ->capture_default_str();
+    addCommonOptions(*plot, given.plot, given);
+    plot->add_option("--device", given.plot.device,
+                     "Device number; default: the one of the readings");
+    addText(*plot, "--obis", given.plot.obisCode, "OBIS code");
+    addText(*plot, "--output", given.plot.fileBase, "Files to write, without .svg and .png");
 }
 
-QJsonObject settings(const CommandLine& given) {
-    return given.settingsFile.empty()
-               ? host::settingsFromEnvironment()
-               : host::readSettings(QString::fromStdString(given.settingsFile));
-}
-
-host::DemoOptions demoOptions(const CommandLine& given) {
-    host::DemoOptions options;
-    options.pluginFile = QString::fromStdString(given.pluginFile);
-    options.settings = settings(given);
-    options.telegramsFile = QString::fromStdString(given.telegramsFile);
-    options.readingsFile = QString::fromStdString(given.readingsFile);
-    options.decoder = given.decoder;
-    options.clear = given.clear;
-    return options;
-}
-
-host::PlotOptions plotOptions(const CommandLine& given) {
-    host::PlotOptions options;
-    options.pluginFile = QString::fromStdString(given.pluginFile);
-    options.settings = settings(given);
-    options.readingsFile = QString::fromStdString(given.readingsFile);
-    options.device = given.device;
-    options.obisCode = QString::fromStdString(given.obisCode);
-    options.fileBase = QString::fromStdString(given.plotFileBase);
-    return options;
+QJsonObject readSettings(const CommandLine& given) {
+    return given.settingsFile.isEmpty() ? host::settingsFromEnvironment()
+                                        : host::readSettings(given.settingsFile);
 }
 
 ExitStatus run(int argc, char** argv) {
@@ -126,10 +105,11 @@ ExitStatus run(int argc, char** argv) {
     // The MongoDB driver wants one instance per process, older and longer-lived than all use.
     const mongocxx::v1::instance mongoDriver;
     auto console = host::Console::standardOutput();
+    given.demo.settings = given.plot.settings = readSettings(given);
     if (demo->parsed()) {
-        return host::runDemo(demoOptions(given), console) ? succeeded : failed;
+        return host::runDemo(given.demo, console) ? succeeded : failed;
     }
-    host::runPlot(plotOptions(given), console);
+    host::runPlot(given.plot, console);
     return succeeded;
 }
 

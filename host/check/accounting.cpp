@@ -6,8 +6,8 @@ namespace host {
 
 bool isComplete(const Accounting& accounting) {
     const int accepted = accounting.read - accounting.rejected;
-    return accounting.stored == accepted && accounting.equal == accepted && accounting.lost == 0 &&
-           accounting.different == 0 && accounting.unexpected == 0;
+    return accounting.stored == accepted && accounting.equal == accepted &&
+           accounting.unexpected == 0;
 }
 
 QString accountingLine(const Accounting& accounting, QLatin1String origin) {

@@ -80,7 +80,11 @@ public:
         result.rejected = rejected;
         result.unexpected = m_unexpected;
         for (const auto& fate : m_fates) {
-            ++(!fate.returned ? result.lost : fate.faulty ? result.different : result.equal);
+            if (!fate.returned) {
+                ++result.lost;
+            } else {
+                ++(fate.faulty ? result.different : result.equal);
+            }
         }
         return result;
     }

@@ -8,13 +8,9 @@
 #include "host/plugin_file.h"
 #include "host/progress.h"
 #include "host/records/message_builder.h"
-#include "interfaces/idevice_clients_database.h"
-#include "interfaces/ieav_database.h"
-#include "interfaces/imessages_database.h"
 
 #include <QStringList>
 
-#include <memory>
 #include <optional>
 
 namespace host {
@@ -58,38 +54,10 @@ void decode(DecoderChoice choice, std::vector<Telegram>& telegrams, Console& con
     }
 }
 
-/// The plug-in's stores.
-struct Stores {
-    std::shared_ptr<interfaces::IMessagesDatabase> messages;
-    std::shared_ptr<interfaces::IEAVDatabase> values;
-    std::shared_ptr<interfaces::IDriverState> states;
-    /// A second object: it shows what survives the first one's memory.
-    std::shared_ptr<interfaces::IDriverState> statesAfterwards;
-    std::shared_ptr<interfaces::IDeviceClientsDatabase> clients;
-};
+} // namespace
 
-Stores openStores(interfaces::IDatabaseFactory& factory, const QJsonObject& settings) {
-    const auto mongo = serverName(settings);
-    const auto redis = redisName(settings);
-    const auto open = [&](const QString& what, auto create) {
-        return attempt(QStringLiteral("opening ") + what,
-                       [&] { return (factory.*create)(settings, nullptr); });
-    };
-    using Factory = interfaces::IDatabaseFactory;
-    const auto states = QStringLiteral("the driver state at %1 and %2").arg(mongo, redis);
-    return {
-        .messages = open(QStringLiteral("the message store at ") + mongo,
-                         &Factory::CreateMessageDatabaseInst),
-        .values =
-            open(QStringLiteral("the value store at ") + mongo, &Factory::CreateEavDatabaseInst),
-        .states = open(states, &Factory::CreateDriverStateInst),
-        .statesAfterwards = open(states, &Factory::CreateDriverStateInst),
-        .clients = open(QStringLiteral("the client registry at ") + redis,
-                        &Factory::CreateClientDatabaseInst),
-    };
-}
-
-std::vector<DemoPart> partsOf(const Stores& stores, RedisSide& redis, const DemoInput& input) {
+std::vector<DemoPart> demoParts(const DemoStores& stores, RedisSide& redis,
+                                const DemoInput& input) {
     const auto messages = buildMessages(input.telegrams.records, input.start);
     const auto rejected = static_cast<int>(input.telegrams.rejected.size());
     auto& values = *stores.values->EAVRepository();
@@ -104,14 +72,10 @@ std::vector<DemoPart> partsOf(const Stores& stores, RedisSide& redis, const Demo
     };
 }
 
-} // namespace
-
-bool runDemoParts(interfaces::IDatabaseFactory& factory, const QJsonObject& settings,
-                  RedisSide& redis, const DemoInput& input, Console& console) {
-    const auto stores = openStores(factory, settings);
+bool runParts(const std::vector<DemoPart>& parts, Console& console) {
     QStringList accounts;
     bool complete = true;
-    for (const auto& part : partsOf(stores, redis, input)) {
+    for (const auto& part : parts) {
         if (!part.heading.isEmpty()) {
             console.heading(part.heading);
         }
@@ -127,10 +91,8 @@ bool runDemoParts(interfaces::IDatabaseFactory& factory, const QJsonObject& sett
     return complete;
 }
 
-void clearDemoParts(interfaces::IDatabaseFactory& factory, const QJsonObject& settings,
-                    RedisSide& redis, const DemoInput& input, Console& console) {
-    const auto stores = openStores(factory, settings);
-    for (const auto& part : partsOf(stores, redis, input)) {
+void clearParts(const std::vector<DemoPart>& parts, Console& console) {
+    for (const auto& part : parts) {
         attempt(QStringLiteral("deleting ") + part.kind, [&] { part.clear(console); });
     }
 }
@@ -139,16 +101,20 @@ bool runDemo(const DemoOptions& options, Console& console) {
     DemoInput input;
     input.telegrams = openRecords(options.telegramsFile, readTelegrams, console);
     input.readings = openRecords(options.readingsFile, readMeterReadings, console);
+    if (!options.clear) {
+        decode(options.decoder, input.telegrams.records, console);
+    }
     input.start = QDateTime::currentDateTimeUtc();
 
     PluginFile plugin(options.pluginFile);
+    const DemoStores stores(plugin.factory(), options.settings);
     RedisKeys redis(redisSettings(options.settings));
+    const auto parts = demoParts(stores, redis, input);
     if (options.clear) {
-        clearDemoParts(plugin.factory(), options.settings, redis, input, console);
+        clearParts(parts, console);
         return true;
     }
-    decode(options.decoder, input.telegrams.records, console);
-    return runDemoParts(plugin.factory(), options.settings, redis, input, console);
+    return runParts(parts, console);
 }
 
 } // namespace host

@@ -1,14 +1,17 @@
 #pragma once
 
 #include "host/console.h"
+#include "host/demo/demo_part.h"
+#include "host/demo/demo_stores.h"
 #include "host/demo/redis_side.h"
 #include "host/input/meter_reading.h"
 #include "host/input/telegram.h"
-#include "interfaces/idatabase_factory.h"
 
 #include <QDateTime>
 #include <QJsonObject>
 #include <QString>
+
+#include <vector>
 
 namespace host {
 
@@ -45,10 +48,13 @@ struct DemoInput {
     QDateTime start;
 };
 
-/// The demo, and only the deleting, with the input read and the plug-in's root object at hand.
-bool runDemoParts(interfaces::IDatabaseFactory& factory, const QJsonObject& settings,
-                  RedisSide& redis, const DemoInput& input, Console& console);
-void clearDemoParts(interfaces::IDatabaseFactory& factory, const QJsonObject& settings,
-                    RedisSide& redis, const DemoInput& input, Console& console);
+/// The demo's table. Borrows the stores.
+std::vector<DemoPart> demoParts(const DemoStores& stores, RedisSide& redis, const DemoInput& input);
+
+/// Runs the parts one by one and closes with their accounts. True if all of them are complete.
+bool runParts(const std::vector<DemoPart>& parts, Console& console);
+
+/// Only deletes what an earlier demo stored.
+void clearParts(const std::vector<DemoPart>& parts, Console& console);
 
 } // namespace host

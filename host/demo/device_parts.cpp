@@ -24,24 +24,34 @@ Selection<Record> isOf(int device) {
     return [device](const Record& record) { return record.modem_id == device; };
 }
 
-template <class Record>
-std::list<int> devicesOf(const std::vector<Record>& records) {
-    return distinct(records, &Record::modem_id);
-}
-
 /// A device's record; nothing if it is empty, as that of a device which has none.
 template <class Record>
 Returned<Record> found(const Record& record) {
     return isEmpty(record) ? Returned<Record>() : Returned<Record>{{record.modem_id, {record}}};
 }
 
-template <class Look>
-auto findAll(const std::list<int>& devices, Look look) {
-    Returned<decltype(look(0))> all;
-    for (const int device : devices) {
-        all.merge(found(look(device)));
-    }
-    return all;
+/// What the three parts share: one record for each device, and an operation of the store for each.
+template <class Record>
+Part<Record> devicePart(const QString& kind, std::vector<Record> records,
+                        const std::function<Record(int)>& look,
+                        const std::function<void(int)>& remove,
+                        const std::function<void(const Record&)>& store) {
+    const auto devices = distinct(records, &Record::modem_id);
+    Part<Record> part;
+    part.kind = kind;
+    part.origin = QLatin1String("made");
+    part.records = std::move(records);
+    part.expires = false;
+    part.find = [=] {
+        Returned<Record> all;
+        for (const int device : devices) {
+            all.merge(found(look(device)));
+        }
+        return all;
+    };
+    part.remove = [=] { std::ranges::for_each(devices, remove); };
+    part.store = [=](std::span<Record> batch) { std::ranges::for_each(batch, store); };
+    return part;
 }
 
 void setValues(interfaces::IDriverState& state, const DeviceState& record) {
@@ -125,73 +135,44 @@ Part<DeviceState> statePart(interfaces::IDriverState& state, interfaces::IDriver
                             RedisSide& redis, const std::vector<model::message>& messages) {
     state.SetPrefix(statePrefix());
     afterwards.SetPrefix(statePrefix());
-    const auto devices = devicesOf(messages);
-    Part<DeviceState> part;
-    part.kind = QStringLiteral("driver states");
+    auto part = devicePart<DeviceState>(
+        QStringLiteral("driver states"), buildStates(messages),
+        [&state](int device) { return pull(state, device); },
+        [&state](int device) { state.Delete(device); },
+        [&state](const DeviceState& record) { push(state, record); });
     part.origin = QLatin1String("kept");
     part.heading = QStringLiteral("Driver state, downlink queues and client registry");
     part.remark = QStringLiteral("States are pushed, lost from Redis and restored from MongoDB; "
                                  "then deleted, since they do not expire.");
-    part.records = buildStates(messages);
-    part.find = [&state, devices] {
-        return findAll(devices, [&](int device) { return pull(state, device); });
-    };
-    part.remove = [&state, devices] {
-        std::ranges::for_each(devices, [&](int device) { state.Delete(device); });
-    };
-    part.store = [&state](std::span<DeviceState> batch) {
-        std::ranges::for_each(batch, [&](const auto& record) { push(state, record); });
-    };
     part.readBack = std::bind_front(readBackStates, std::ref(afterwards), std::ref(redis));
-    part.expires = false;
     return part;
 }
 
 Part<DeviceQueues> queuePart(interfaces::IDriverDLqueue& queues, RedisSide& redis,
                              const std::vector<model::message>& messages) {
-    const auto devices = devicesOf(messages);
-    Part<DeviceQueues> part;
-    part.kind = QStringLiteral("downlink queues");
-    part.origin = QLatin1String("made");
+    auto part = devicePart<DeviceQueues>(
+        QStringLiteral("downlink queues"), buildQueues(messages),
+        [&queues](int device) { return DeviceQueues{device, queues.Pull(device)}; },
+        [&queues](int device) { queues.Delete(device); },
+        [&queues](const DeviceQueues& record) {
+            queues.Push(record.modem_id, record.queues, true);
+        });
     part.remark = QStringLiteral("Downlink queues are pushed, pulled from Redis and, lost there, "
                                  "from MongoDB; then deleted, since they do not expire.");
-    part.records = buildQueues(messages);
-    part.find = [&queues, devices] {
-        return findAll(devices,
-                       [&](int device) { return DeviceQueues{device, queues.Pull(device)}; });
-    };
-    part.remove = [&queues, devices] {
-        std::ranges::for_each(devices, [&](int device) { queues.Delete(device); });
-    };
-    part.store = [&queues](std::span<DeviceQueues> batch) {
-        std::ranges::for_each(
-            batch, [&](const auto& record) { queues.Push(record.modem_id, record.queues, true); });
-    };
     part.readBack = std::bind_front(readBackQueues, std::ref(queues), std::ref(redis));
-    part.expires = false;
     return part;
 }
 
 Part<DeviceEntry> registryPart(interfaces::IDeviceClientsRepository& registry, RedisSide& redis,
                                const std::vector<model::message>& messages) {
-    const auto devices = devicesOf(messages);
-    Part<DeviceEntry> part;
-    part.kind = QStringLiteral("registry entries");
-    part.origin = QLatin1String("made");
+    auto part = devicePart<DeviceEntry>(
+        QStringLiteral("registry entries"), buildEntries(messages),
+        [&registry](int device) { return lookUp(registry, device); },
+        [&redis](int device) { redis.strike(device); },
+        [&redis](const DeviceEntry& entry) { redis.enter(entry); });
     part.remark = QStringLiteral("Devices are entered into the client registry, looked up and "
                                  "struck out again.");
-    part.records = buildEntries(messages);
-    part.find = [&registry, devices] {
-        return findAll(devices, [&](int device) { return lookUp(registry, device); });
-    };
-    part.remove = [&redis, devices] {
-        std::ranges::for_each(devices, [&](int device) { redis.strike(device); });
-    };
-    part.store = [&redis](std::span<DeviceEntry> batch) {
-        std::ranges::for_each(batch, [&](const auto& entry) { redis.enter(entry); });
-    };
     part.readBack = std::bind_front(readBackEntries, std::ref(registry));
-    part.expires = false;
     return part;
 }
 

@@ -1,8 +1,5 @@
 #include "host/input/record_file.h"
 
-#include "host/failure.h"
-
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonParseError>
 
@@ -41,29 +38,6 @@ std::vector<RejectedLine> readJsonLines(QIODevice& input,
         }
     }
     return rejected;
-}
-
-std::unique_ptr<QIODevice> openInput(const QString& fileName) {
-    auto input = std::make_unique<QFile>(fileName);
-    if (!input->open(QIODevice::ReadOnly)) {
-        throw Failure(QStringLiteral("cannot read the input file %1: %2")
-                          .arg(fileName, input->errorString()));
-    }
-    return input;
-}
-
-void reportRejected(const QString& fileName, const std::vector<RejectedLine>& rejected,
-                    Console& console) {
-    for (const auto& line : rejected) {
-        console.line(QStringLiteral("%1, line %2 rejected: %3")
-                         .arg(fileName)
-                         .arg(line.lineNumber)
-                         .arg(line.reason));
-    }
-}
-
-void refuseEmptyFile(const QString& fileName) {
-    throw Failure(QStringLiteral("the input file %1 holds no record").arg(fileName));
 }
 
 } // namespace host

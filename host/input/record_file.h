@@ -1,13 +1,14 @@
 #pragma once
 
 #include "host/console.h"
+#include "host/failure.h"
 
+#include <QFile>
 #include <QIODevice>
 #include <QJsonObject>
 #include <QString>
 
 #include <functional>
-#include <memory>
 #include <vector>
 
 namespace host {
@@ -49,25 +50,24 @@ auto readRecords(QIODevice& input, Parse parse) {
     return file;
 }
 
-/// Throws Failure, naming the file, if it cannot be read.
-std::unique_ptr<QIODevice> openInput(const QString& fileName);
-
-/// One line for each rejected line: file, line and reason.
-void reportRejected(const QString& fileName, const std::vector<RejectedLine>& rejected,
-                    Console& console);
-
-[[noreturn]] void refuseEmptyFile(const QString& fileName);
-
 /// Reads a file by `read` and reports each rejected line. Throws Failure, naming the file, if it
 /// cannot be read or holds no record at all.
 template <class Record>
 RecordFile<Record> openRecords(const QString& fileName, RecordFile<Record> (*read)(QIODevice&),
                                Console& console) {
-    auto file = read(*openInput(fileName));
+    QFile input(fileName);
+    if (!input.open(QIODevice::ReadOnly)) {
+        throw Failure(
+            QStringLiteral("cannot read the input file %1: %2").arg(fileName, input.errorString()));
+    }
+    auto file = read(input);
     file.name = fileName;
-    reportRejected(fileName, file.rejected, console);
+    for (const auto& [lineNumber, reason] : file.rejected) {
+        console.line(
+            QStringLiteral("%1, line %2 rejected: %3").arg(fileName).arg(lineNumber).arg(reason));
+    }
     if (file.records.empty()) {
-        refuseEmptyFile(fileName);
+        throw Failure(QStringLiteral("the input file %1 holds no record").arg(fileName));
     }
     return file;
 }

@@ -15,8 +15,8 @@ struct PlotOptions {
     /// Where the device's number is taken from if it is not given.
     QString readingsFile;
     std::optional<int> device;
-    QString obisCode;
-    QString fileBase;
+    QString obisCode = QStringLiteral("1-0:1.7.0");
+    QString fileBase = QStringLiteral("power");
 };
 
 /// Asks the store for all values that a device has of an OBIS code and draws them into two files,

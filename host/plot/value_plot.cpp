@@ -50,24 +50,31 @@ QString plotScript(const std::list<model::dev_value>& values, const PlotTarget& 
     const QString timeLabel = oneDay ? QStringLiteral("Time (UTC), ") + day(values.front())
                                      : QStringLiteral("Time (UTC)");
 
-    QString script;
-    script += QStringLiteral("$values << END_OF_VALUES\n") + dataLines(values) +
-              QStringLiteral("END_OF_VALUES\n");
-    script += QStringLiteral("set title ") + quoted(target.title) + QStringLiteral(" noenhanced\n");
-    script += QStringLiteral("set xlabel ") + quoted(timeLabel) + QLatin1Char('\n');
-    script +=
-        QStringLiteral("set ylabel ") + quoted(target.valueLabel) + QStringLiteral(" noenhanced\n");
-    script += QStringLiteral("set timefmt '%s'\nset xdata time\n");
-    script += oneDay ? QStringLiteral("set format x '%H:%M:%S'\n")
-                     : QStringLiteral("set format x \"%Y-%m-%d\\n%H:%M\"\n");
-    script += QStringLiteral("set grid\nset key off\nset rmargin 6\nset yrange [0<*:]\n");
-    script += QStringLiteral("set terminal svg size 1000,500 background 'white'\nset output ") +
-              quoted(target.fileBase + QStringLiteral(".svg")) + QLatin1Char('\n');
-    script += QStringLiteral("plot $values using 1:2 with steps linewidth 2\n");
-    script += QStringLiteral("set terminal pngcairo size 1000,500\nset output ") +
-              quoted(target.fileBase + QStringLiteral(".png")) + QLatin1Char('\n');
-    script += QStringLiteral("replot\nunset output\n");
-    return script;
+    const QString timeFormat =
+        oneDay ? QStringLiteral("'%H:%M:%S'") : QStringLiteral("\"%Y-%m-%d\\n%H:%M\"");
+    return QStringLiteral(R"($values << END_OF_VALUES
+%1END_OF_VALUES
+set title %2 noenhanced
+set xlabel %3
+set ylabel %4 noenhanced
+set timefmt '%s'
+set xdata time
+set format x %5
+set grid
+set key off
+set rmargin 6
+set yrange [0<*:]
+set terminal svg size 1000,500 background 'white'
+set output %6
+plot $values using 1:2 with steps linewidth 2
+set terminal pngcairo size 1000,500
+set output %7
+replot
+unset output
+)")
+        .arg(dataLines(values), quoted(target.title), quoted(timeLabel), quoted(target.valueLabel),
+             timeFormat, quoted(target.fileBase + QStringLiteral(".svg")),
+             quoted(target.fileBase + QStringLiteral(".png")));
 }
 
 void plotValues(const std::list<model::dev_value>& values, const PlotTarget& target) {

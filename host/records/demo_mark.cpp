@@ -12,11 +12,7 @@ QString sourceKey() {
     return QStringLiteral("source");
 }
 
-bool isMarked(const QJsonObject& members) {
-    return members.value(sourceKey()).toString() == demoSource();
-}
-
-bool isMarked(const model::dl_queues::queue& queue) {
+bool isMarkedQueue(const model::dl_queues::queue& queue) {
     return !queue.elements.isEmpty() &&
            std::ranges::all_of(queue.elements,
                                [](const auto& element) { return isMarked(element.data); });
@@ -33,15 +29,10 @@ QJsonObject marked(QJsonObject members) {
     return members;
 }
 
-bool isDemos(const model::message& message) {
-    return isMarked(message.extended_data.object());
+bool isMarked(const QJsonObject& members) {
+    return members.value(sourceKey()).toString() == demoSource();
 }
-bool isDemos(const model::dev_value& value) {
-    return isMarked(value.extended_data.object());
-}
-bool isDemos(const model::dev_event& event) {
-    return isMarked(event.extended_data.object());
-}
+
 bool isDemos(const model::dl_message& command) {
     return command.api_key == demoSource();
 }
@@ -51,7 +42,7 @@ bool isDemos(const DeviceState& state) {
 bool isDemos(const DeviceQueues& record) {
     const auto& queues = record.queues.dl;
     return !queues.isEmpty() &&
-           std::ranges::all_of(queues, [](const auto& queue) { return isMarked(queue); });
+           std::ranges::all_of(queues, [](const auto& queue) { return isMarkedQueue(queue); });
 }
 bool isDemos(const DeviceEntry& entry) {
     return entry.clients.contains(demoSource());

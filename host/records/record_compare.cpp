@@ -88,6 +88,29 @@ QDateTime wholeSeconds(const QDateTime& instant) {
                              : instant;
 }
 
+/// The record as the store gives it back: timestamps in whole seconds, a number as a double, the
+/// host's own members, which are never stored, empty or 0.
+template <class Record>
+Record asStored(Record record) {
+    if constexpr (requires { record.timestamp; }) {
+        record.timestamp = wholeSeconds(record.timestamp);
+    }
+    if constexpr (requires { record.time_detected; }) {
+        record.time_detected = wholeSeconds(record.time_detected);
+        record.extra_value1 = 0;
+        record.extra_value2 = 0;
+    }
+    if constexpr (requires { record.extra_text; }) {
+        record.extra_text.clear();
+    }
+    if constexpr (requires { record.obis_code; }) {
+        if (record.value.type() == QVariant::Int) {
+            record.value = record.value.toDouble();
+        }
+    }
+    return record;
+}
+
 /// Collects the members that differ, within records of records too.
 class Differences {
 public:
@@ -144,34 +167,6 @@ QString at(const QDateTime& instant) {
 }
 
 } // namespace
-
-model::message asStored(model::message record) {
-    record.extra_text.clear();
-    record.extra_value1 = 0;
-    record.extra_value2 = 0;
-    record.timestamp = wholeSeconds(record.timestamp);
-    record.time_detected = wholeSeconds(record.time_detected);
-    return record;
-}
-
-model::dev_value asStored(model::dev_value record) {
-    record.timestamp = wholeSeconds(record.timestamp);
-    if (record.value.type() == QVariant::Int) {
-        record.value = record.value.toDouble();
-    }
-    return record;
-}
-
-model::dev_event asStored(model::dev_event record) {
-    record.timestamp = wholeSeconds(record.timestamp);
-    return record;
-}
-
-model::dl_message asStored(model::dl_message record) {
-    record.extra_text.clear();
-    record.timestamp = wholeSeconds(record.timestamp);
-    return record;
-}
 
 template <class Record>
 QStringList differences(const Record& written, const Record& readBack) {

@@ -11,21 +11,12 @@
 
 namespace host {
 
-/// The record as the store gives it back: timestamps in whole seconds, a number as a double, the
-/// host's own members, which are never stored, empty or 0.
-model::message asStored(model::message record);
-model::dev_value asStored(model::dev_value record);
-model::dev_event asStored(model::dev_event record);
-model::dl_message asStored(model::dl_message record);
-template <class Record>
-Record asStored(Record record) {
-    return record;
-}
-
-/// One entry for each member of asStored(written) that came back another: its name, what was
-/// written and what came back. Numbers are compared bit for bit, JSON member by member.
+/// One entry for each member that came back another than the store's rules say: its name, what was
+/// written and what came back. By the rules timestamps are kept in whole seconds and a number as a
+/// double, and the host's own members, which are never stored, come back empty or 0; all else as it
+/// was, numbers bit for bit, JSON member by member.
 ///
-/// Exists for the four records above, DeviceState, DeviceQueues and DeviceEntry.
+/// Exists for the records that describe() knows.
 template <class Record>
 QStringList differences(const Record& written, const Record& readBack);
 

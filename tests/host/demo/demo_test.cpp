@@ -40,7 +40,15 @@ host::DemoInput sampleInput() {
 
 class Demo : public testing::Test {
 protected:
-    bool run() { return host::runDemoParts(factory, {}, redis, sampleInput(), console); }
+    bool run() {
+        const host::DemoStores stores(factory, {});
+        return runParts(host::demoParts(stores, redis, sampleInput()), console);
+    }
+
+    void clear() {
+        const host::DemoStores stores(factory, {});
+        clearParts(host::demoParts(stores, redis, sampleInput()), console);
+    }
 
     /// Expects the run to be told from a good one, and each kind to be accounted for as it is with
     /// a good store but for the lines that are given.
@@ -107,7 +115,7 @@ TEST_F(Demo, LeavesNothingThatDoesNotExpire) {
 TEST_F(Demo, DeletesAllThatItHasStoredWhenAsked) {
     run();
     factory.stores.durableStates[1] = host::marked({});
-    clearDemoParts(factory, {}, redis, sampleInput(), console);
+    clear();
     EXPECT_TRUE(factory.uplinks.stored.empty());
     EXPECT_TRUE(factory.downlinks.stored.empty());
     EXPECT_TRUE(factory.eav.storedValues.empty());
@@ -233,6 +241,12 @@ TEST_F(Demo, NoticesAnAlteredQueue) {
             stores.durableQueues[2].lock = !stores.redisQueues[2].lock;
         }
     };
+    expectIncomplete(
+        {{"downlink queues", "3 made, 3 stored, 2 read back equal, 0 lost, 1 different"}});
+}
+
+TEST_F(Demo, NoticesAQueueThatIsStoredDurablyOnly) {
+    factory.stores.spoil = [](auto& stores) { stores.redisQueues.erase(2); };
     expectIncomplete(
         {{"downlink queues", "3 made, 3 stored, 2 read back equal, 0 lost, 1 different"}});
 }

@@ -99,6 +99,12 @@ TEST_F(DeviceParts, LeavesARealQueueAlone) {
     EXPECT_EQ(stores.redisQueues[2].dl.size(), 1);
 }
 
+TEST_F(DeviceParts, LeavesARealQueueWithoutElementsAlone) {
+    stores.redisQueues[2].dl["main"_q].repeat = 1;
+    EXPECT_THROW(runQueues(), host::Failure);
+    EXPECT_EQ(stores.redisQueues[2].dl.size(), 1);
+}
+
 TEST_F(DeviceParts, LeavesALockedDeviceAlone) {
     stores.redisQueues[2].lock = true;
     EXPECT_THROW(runQueues(), host::Failure);

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "interfaces/idatabase_factory.h"
+#include "interfaces/idevice_clients_database.h"
+#include "interfaces/idriver_state.h"
+#include "interfaces/ieav_database.h"
+#include "interfaces/imessages_database.h"
+
+#include <QJsonObject>
+
+#include <memory>
+
+namespace host {
+
+/// The plug-in's stores, opened.
+struct DemoStores {
+    /// Throws Failure, naming the store and its server, if one cannot be opened.
+    DemoStores(interfaces::IDatabaseFactory& factory, const QJsonObject& settings);
+
+    std::shared_ptr<interfaces::IMessagesDatabase> messages;
+    std::shared_ptr<interfaces::IEAVDatabase> values;
+    std::shared_ptr<interfaces::IDriverState> states;
+    /// A second object: it shows what survives the first one's memory.
+    std::shared_ptr<interfaces::IDriverState> statesAfterwards;
+    std::shared_ptr<interfaces::IDeviceClientsDatabase> clients;
+};
+
+} // namespace host
