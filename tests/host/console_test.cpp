@@ -86,6 +86,13 @@ TEST(PlainConsole, ShowsTheFirstTwentyComplaintsAndTheNumberOfTheRest) {
                             "20\n… and 3 more\n");
 }
 
+TEST(PlainConsole, ShowsTwentyComplaintsWithoutANumberOfTheRest) {
+    std::ostringstream stream;
+    Console console(stream, Console::Kind::Plain);
+    console.complaints(QStringList(QVector<QString>(20, "x"_q).toList()));
+    EXPECT_EQ(stream.str().find("more"), std::string::npos);
+}
+
 TEST(PlainConsole, PrintsNothingForNoComplaints) {
     std::ostringstream stream;
     Console console(stream, Console::Kind::Plain);

@@ -58,6 +58,12 @@ TEST_F(DeviceParts, AccountsForTheStateOfEachDevice) {
     EXPECT_EQ(accountingLine(runState()).toStdString(), complete);
 }
 
+TEST_F(DeviceParts, TakeTheNewestMessageOfADevice) {
+    messages.back().timestamp = messages.front().timestamp.addSecs(-60);
+    messages.back().tag = "older"_q;
+    EXPECT_EQ(host::buildStates(messages).front().values["tag"_q], QJsonValue("water"_q));
+}
+
 TEST_F(DeviceParts, LeavesNoState) {
     runState();
     EXPECT_TRUE(stores.redisStates.empty());

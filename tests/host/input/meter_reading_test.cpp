@@ -135,4 +135,10 @@ TEST(MeterReadings, GiveNoDeviceNumberForASerialNumberWithoutDigits) {
                                "not end in digits"_q);
 }
 
+TEST(MeterReadings, GiveNoDeviceNumberForANegativeOne) {
+    // "-1234567" in hexadecimal digits.
+    const auto file = read(R"({"time":1,"obis":"0-0:96.1.1","value":"2d31323334353637"})"_qba);
+    EXPECT_THROW(host::deviceNumber(file), host::Failure);
+}
+
 } // namespace

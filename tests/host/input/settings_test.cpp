@@ -140,8 +140,8 @@ TEST_F(EnvironmentSettings, TakeTheMongoUrlAsItIs) {
 
 TEST_F(EnvironmentSettings, TakeHostPortAndPasswordOfTheRedisUrl) {
     EXPECT_EQ(
-        redisOf("redis://:p%40%2Fss@redis.example:7000"),
-        (QJsonObject{{"host"_q, "redis.example"_q}, {"port"_q, 7000}, {"auth"_q, "p@/ss"_q}}));
+        redisOf("redis://:p%25%40%2Fss@redis.example:7000"),
+        (QJsonObject{{"host"_q, "redis.example"_q}, {"port"_q, 7000}, {"auth"_q, "p%@/ss"_q}}));
 }
 
 TEST_F(EnvironmentSettings, LeaveWhatTheRedisUrlDoesNotSayToThePlugin) {

@@ -90,6 +90,12 @@ TEST(MessageBuilder, TellsWiredTelegramsFromRadioTelegrams) {
     EXPECT_EQ(messages[1].phy, "wire"_q);
 }
 
+TEST(MessageBuilder, TakesATelegramWithTwoLengthsForARadioTelegram) {
+    auto odd = telegram();
+    odd.payload = "\x68\x03\x04\x68\x08"_qba;
+    EXPECT_EQ(buildMessages({odd}, start).front().protocol, "wM-Bus"_q);
+}
+
 TEST(MessageBuilder, LeavesTheHostsOwnMembersEmpty) {
     const auto message = buildMessages({telegram()}, start).front();
     EXPECT_EQ(message.extra_text, QString());

@@ -105,6 +105,7 @@ TEST(MessageCompare, ExpectsTheHostsOwnMembersToComeBackEmpty) {
     auto written = sample();
     written.extra_text = "mine"_q;
     written.extra_value1 = 1;
+    written.extra_value2 = 1;
     EXPECT_EQ(differences(written, sample()), QStringList());
 }
 
@@ -286,6 +287,14 @@ TEST(QueuesCompare, TellsOneNameWithABlankFromTwo) {
     changed.queues.dl["a"_q] = {};
     changed.queues.dl["b"_q] = {};
     EXPECT_EQ(differences(written, changed).size(), 1);
+}
+
+TEST(QueuesCompare, FindsAQueueUnderAnotherName) {
+    host::DeviceQueues written;
+    written.queues.dl["a"_q] = {};
+    host::DeviceQueues changed;
+    changed.queues.dl["b"_q] = {};
+    EXPECT_EQ(differences(written, changed), QStringList{"queues.dl: wrote a, got b"_q});
 }
 
 TEST(EntryCompare, FindsAChangeOfEachMember) {
