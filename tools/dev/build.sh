@@ -112,28 +112,7 @@ command_demo() {
     build_preset dev lenient kelvrostorage kelvro-host
     export_plugin
     start_servers
-    local settings=$SERVER_FOLDER/settings.json
-    write_settings "$settings"
-    run_child build/dev/host/kelvro-host demo --plugin "$KELVROSTORAGE_PLUGIN" \
-        --settings "$settings" "$@"
-}
-
-# The plug-in's settings for the servers at MONGODB_URL and REDIS_URL.
-write_settings() {
-    (umask 077 && python3 - "$1") <<'PYTHON'
-import json, os, sys, urllib.parse
-redis = urllib.parse.urlsplit(os.environ["REDIS_URL"])
-settings = {
-    "url": os.environ["MONGODB_URL"],
-    "redis": {
-        "host": redis.hostname,
-        "port": redis.port or 6379,
-        "auth": urllib.parse.unquote(redis.password or ""),
-    },
-}
-with open(sys.argv[1], "w") as file:
-    json.dump(settings, file)
-PYTHON
+    run_child build/dev/host/kelvro-host demo --plugin "$KELVROSTORAGE_PLUGIN" "$@"
 }
 
 command_bench() {
