@@ -105,7 +105,7 @@ void compareMessages(const std::string& input,
                      const std::function<std::vector<model::message>()>& messages) {
     const auto read =
         [times = std::make_shared<bson_utils::local_times>()](const document_view& document) {
-            return bson_utils::fromBsonUL(document, *times);
+            return bson_utils::readDocument<model::message>(document, *times);
         };
     compareReaders<model::message>("fromBsonUL", input, nestedGoal, messages, read,
                                    text_path::readUL);
