@@ -27,6 +27,7 @@ public:
     enum class Kind {
         notWritten, ///< the connection broke before a byte of the command was accepted for sending
         answerLost, ///< the connection broke, or what came was no answer
+        refused,    ///< the server does not serve now, or not this database
         timedOut,
     };
 
@@ -46,9 +47,9 @@ private:
 /// Owns the socket. One thread at a time. After a SessionError the object can only be destroyed.
 class Session {
 public:
-    /// Connects, sends the password and the name, and waits for the answers. Throws
-    /// std::runtime_error (also SessionError) when the server cannot be reached or refuses the
-    /// password. A refused name is no failure: it is only a label.
+    /// Connects, sends the password, makes sure that the server serves, and names the connection.
+    /// Throws std::runtime_error (also SessionError) when the server cannot be reached, refuses the
+    /// password or does not serve now. A refused name is no failure: it is only a label.
     explicit Session(const ConnectionConfig& config);
     ~Session();
     Session(const Session&) = delete;
@@ -61,6 +62,9 @@ public:
     /// Sends a command, which must not be empty, and returns its answer. Blocks until the deadline
     /// at the longest. Throws SessionError.
     Response roundTrip(const QList<QByteArray>& parts, Clock::time_point deadline);
+
+    /// Makes sure that the server uses database `db`. Throws SessionError like roundTrip().
+    void select(int db, Clock::time_point deadline);
 
     /// The database that the server uses for this session; none when that is not certain.
     std::optional<int> database() const { return m_database; }
@@ -76,6 +80,7 @@ private:
     static void* createArray(const redisReadTask* task, std::size_t elements);
 
     bool hasUnreadAnswer() const noexcept;
+    std::size_t answerBytes() const noexcept;
     void introduce(const ConnectionConfig& config, Clock::time_point deadline);
     void trackDatabase(const QList<QByteArray>& parts, const Response& response);
     ssize_t fail(int hiredisError, const char* cause) noexcept;
