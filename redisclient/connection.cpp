@@ -14,11 +14,15 @@ Connection::Connection(ConnectionConfig config) : m_config(std::move(config)) {}
 Connection::~Connection() = default;
 
 bool Connection::connect(bool /*wait*/) {
-    m_connectFailedAt.reset();
+    m_waitedInVainUntil.reset();
+    const auto start = Clock::now();
     if (isConnected() || open()) {
         return true;
     }
-    m_connectFailedAt = Clock::now();
+    const auto end = Clock::now();
+    if (end - start >= std::chrono::milliseconds(m_config.connectTimeoutMsecs())) {
+        m_waitedInVainUntil = end;
+    }
     return false;
 }
 
@@ -49,10 +53,8 @@ Response Connection::commandSync(const QList<QByteArray>& parts, int db) {
     if (db < 0) {
         db = m_db;
     }
-    const auto connectFailedAt = std::exchange(m_connectFailedAt, std::nullopt);
-    const bool justFailed =
-        connectFailedAt && Clock::now() - *connectFailedAt < std::chrono::seconds(1);
-    for (bool mayConnect = !justFailed;;) {
+    const auto waited = std::exchange(m_waitedInVainUntil, std::nullopt);
+    for (bool mayConnect = !waited || Clock::now() - *waited > std::chrono::seconds(1);;) {
         if (!isConnected() && (!std::exchange(mayConnect, false) || !open())) {
             throw exception(parts.first(), "not connected: " + m_lastFailure);
         }

@@ -22,8 +22,8 @@ class Session;
 /// always the same one; needs no event loop. connect() and commandSync() block, up to the time-outs
 /// of the configuration; only the look-up of a host name has the system resolver's limits instead.
 ///
-/// A server that answers that it does not serve at the moment (it reads its data back, say) is taken
-/// for one that is not there: it is not connected to, and a command that it answers so has no
+/// A server that answers that it does not serve at the moment (it reads its data back, say) is
+/// taken for one that is not there: it is not connected to, and a command that it answers so has no
 /// answer.
 ///
 /// A connection that was lost is made anew by the next command, with the password, the name and the
@@ -56,10 +56,10 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     /// Connects unless isConnected(), and always waits for it, which the external client does only
-    /// when told to. False when the server cannot be reached, does not answer, does not serve now or
-    /// refuses the password; never throws. The cause is then part of the message of the exception
-    /// that the next command throws: at once if it comes within a second, so that a dead server is
-    /// not waited for twice in a row, and otherwise after it has tried to connect itself.
+    /// when told to. False when the server cannot be reached, does not answer, does not serve now
+    /// or refuses the password; never throws. The next command tries again then. Only if all of the
+    /// time-out went by and the command comes within a second, it throws at once: a dead server is
+    /// not waited for twice in a row.
     bool connect(bool wait = true);
 
     /// Asks the socket: false as soon as the server's closing has arrived here. Does not block.
@@ -80,7 +80,7 @@ private:
     ConnectionConfig m_config;
     int m_db = 0;
     std::string m_lastFailure;
-    std::optional<std::chrono::steady_clock::time_point> m_connectFailedAt;
+    std::optional<std::chrono::steady_clock::time_point> m_waitedInVainUntil;
     std::unique_ptr<Session> m_session;
 };
 

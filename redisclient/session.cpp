@@ -73,8 +73,9 @@ bool isError(const Response& response, const char* code) {
     return response.isErrorMessage() && response.errorMessage().split(' ').first() == code;
 }
 
-/// The server answers but for the moment does nothing that it is asked, neither reading nor writing.
-/// Not so OOM, MISCONF, READONLY and NOREPLICAS, with which it refuses to write and reads on.
+/// The server answers but for the moment does nothing that it is asked, neither reading nor
+/// writing. Not so OOM, MISCONF, READONLY and NOREPLICAS, with which it refuses to write and reads
+/// on.
 bool doesNotServeNow(const Response& response) {
     static constexpr std::array codes{
         "LOADING",     // reads its data back, after a start or from the server that it copies
@@ -153,7 +154,8 @@ Session::Session(const ConnectionConfig& config) {
     m_context->privdata = this;
     m_context->reader->fn = &replyFunctions;
     m_context->reader->privdata = this;
-    ::redisSetPushCallback(m_context.get(), nullptr); // which would pass over what was not asked for
+    ::redisSetPushCallback(m_context.get(),
+                           nullptr); // which would pass over what was not asked for
 
     introduce(config, deadline);
 }

@@ -1,11 +1,11 @@
 #include "redis/device_client_database_redis.h"
 
-#include "tests/support/redis_proxy.h"
 #include "tests/redis/scripted_replies.h"
 #include "tests/support/eventually.h"
-#include "tests/support/redis_server.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
+#include "tests/support/redis_proxy.h"
+#include "tests/support/redis_server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,12 +18,12 @@ namespace {
 
 using redis::DeviceClientDatabaseRedis;
 using RedisClient::Connection;
+using test_support::ScriptedReplies;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
-using test_support::ScriptedReplies;
 using namespace test_support::literals;
 
 using device_info = std::pair<QString, QString>;
@@ -330,8 +330,8 @@ TEST_F(DeviceClients, DatabaseThatTheServerDoesNotHaveIsNamedByTheConstructor) {
 }
 
 TEST_F(DeviceClients, ServerThatReadsItsDataBackIsNotThere) {
-    server.run({"EVAL", "for i = 1, 500 do redis.call('SET', 'o' .. i, string.rep('x', 200)) end",
-                "0"});
+    server.run(
+        {"EVAL", "for i = 1, 500 do redis.call('SET', 'o' .. i, string.rep('x', 200)) end", "0"});
     addClients("dev:clients:17", {"north"});
     server.run({"SAVE"});
     server.kill();

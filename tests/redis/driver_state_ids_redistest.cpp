@@ -12,11 +12,11 @@
 // Listing devices with SCAN and their states with MGET.
 namespace {
 
+using test_support::ScriptedReplies;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
-using test_support::ScriptedReplies;
 using namespace test_support::literals;
 
 class DriverStateIds : public DriverStateTest {

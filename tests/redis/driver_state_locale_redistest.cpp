@@ -1,6 +1,6 @@
 #include "tests/redis/driver_state_fixture.h"
-#include "tests/support/record_equality.h"
 #include "tests/support/decimal_comma.h"
+#include "tests/support/record_equality.h"
 
 // In a process whose locale has a decimal comma.
 namespace {

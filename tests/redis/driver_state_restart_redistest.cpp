@@ -1,6 +1,6 @@
 #include "tests/redis/driver_state_fixture.h"
-#include "tests/support/record_equality.h"
 #include "tests/support/eventually.h"
+#include "tests/support/record_equality.h"
 
 #include <chrono>
 #include <functional>
@@ -20,7 +20,8 @@ protected:
         setA(5, 1);
         states.Push(5, false);
         queues->Push(5, queuesWith(1), false);
-        server.run({"EVAL", "for i = 1, 500 do redis.call('SET', 'o' .. i, string.rep('x', 200)) end",
+        server.run({"EVAL",
+                    "for i = 1, 500 do redis.call('SET', 'o' .. i, string.rep('x', 200)) end",
                     "0"});
         server.run({"SAVE"});
         server.kill();

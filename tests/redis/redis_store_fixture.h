@@ -2,11 +2,11 @@
 
 #include "redis/redis_conf.h"
 
-#include "tests/support/redis_proxy.h"
-#include "tests/support/redis_server.h"
 #include "tests/support/mongo_database.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
+#include "tests/support/redis_proxy.h"
+#include "tests/support/redis_server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -10,8 +10,8 @@ namespace {
 
 using RedisClient::Connection;
 using RedisClient::ConnectionConfig;
-using testing::HasSubstr;
 using test_support::RedisServer;
+using testing::HasSubstr;
 
 constexpr int largestValueBytes = 512 << 20;
 

@@ -11,8 +11,8 @@ namespace {
 using RedisClient::Connection;
 using RedisClient::ConnectionConfig;
 using RedisClient::Response;
-using testing::HasSubstr;
 using test_support::RedisServer;
+using testing::HasSubstr;
 
 class RedisLogin : public testing::Test {
 protected:

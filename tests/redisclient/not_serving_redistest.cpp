@@ -47,7 +47,8 @@ std::string failureOf(Connection& connection, const QList<QByteArray>& command) 
 class RedisThatLoads : public testing::Test {
 protected:
     void fill() {
-        server.run({"EVAL", "for i = 1, 500 do redis.call('SET', 'key' .. i, string.rep('x', 200)) end",
+        server.run({"EVAL",
+                    "for i = 1, 500 do redis.call('SET', 'key' .. i, string.rep('x', 200)) end",
                     "0"});
         server.run({"SAVE"});
     }
@@ -74,7 +75,8 @@ TEST_F(RedisThatLoads, IsNotThereUntilItServes) {
 
     EXPECT_FALSE(connection.connect());
     EXPECT_FALSE(connection.isConnected());
-    EXPECT_THAT(failureOf(connection, {"GET", "key1"}), HasSubstr("GET: not connected: PING: LOADING"));
+    EXPECT_THAT(failureOf(connection, {"GET", "key1"}),
+                HasSubstr("GET: not connected: PING: LOADING"));
     EXPECT_THAT(failureOf(connection, {"SET", "key1", "x"}), HasSubstr("PING: LOADING"));
     expectToBeThereOnceItServes(connection);
 }
@@ -93,8 +95,8 @@ TEST_F(RedisThatLoads, GivesNoAnswerInAConversationThatHasBegun) {
     RedisServer debugged({QStringLiteral("--enable-debug-command"), QStringLiteral("yes"),
                           QStringLiteral("--loading-process-events-interval-bytes"),
                           QStringLiteral("1024")});
-    debugged.run({"EVAL", "for i = 1, 500 do redis.call('SET', 'key' .. i, string.rep('x', 200)) end",
-                  "0"});
+    debugged.run(
+        {"EVAL", "for i = 1, 500 do redis.call('SET', 'key' .. i, string.rep('x', 200)) end", "0"});
     debugged.run({"CONFIG", "SET", "key-load-delay", "2000"});
     Connection connection(configFor(debugged));
     connection.connect();

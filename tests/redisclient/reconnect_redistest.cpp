@@ -14,11 +14,11 @@ namespace {
 using RedisClient::Connection;
 using RedisClient::ConnectionConfig;
 using RedisClient::Response;
-using testing::HasSubstr;
 using test_support::eventually;
 using test_support::RedisProxy;
 using test_support::RedisServer;
 using test_support::Stopwatch;
+using testing::HasSubstr;
 
 constexpr int patientMsecs = 30'000;
 constexpr int hastyMsecs = 500;

@@ -16,7 +16,8 @@ namespace test_support {
 /// made for the purpose, by localedef. Throws std::runtime_error if it cannot be.
 class decimal_comma {
 public:
-    decimal_comma() : m_wasSet(qEnvironmentVariableIsSet("LOCPATH")), m_previous(qgetenv("LOCPATH")) {
+    decimal_comma()
+        : m_wasSet(qEnvironmentVariableIsSet("LOCPATH")), m_previous(qgetenv("LOCPATH")) {
         // Warnings make localedef fail too, so only its work is looked at.
         QProcess::execute(QStringLiteral("localedef"),
                           QStringList{QStringLiteral("-i"), QStringLiteral("de_DE"),

@@ -12,9 +12,9 @@
 
 namespace test_support {
 
-/// A listener on an address of this machine that plays a part in place of a server. Every connection runs
-/// the script in a thread of its own and is closed when the script returns. Being destroyed, the
-/// peer ends all connections and waits for their scripts.
+/// A listener on an address of this machine that plays a part in place of a server. Every
+/// connection runs the script in a thread of its own and is closed when the script returns. Being
+/// destroyed, the peer ends all connections and waits for their scripts.
 class FakePeer {
 public:
     /// `number` counts the connections from 1.

@@ -55,9 +55,8 @@ bool RedisServer::tryToStart(const QStringList& more, const char* outputToWaitFo
     m_process->setProcessChannelMode(QProcess::MergedChannels);
     m_process->start(QStringLiteral("redis-server"),
                      QStringList{QStringLiteral("--port"), QString::number(m_port),
-                                 QStringLiteral("--bind"), m_host,
-                                 QStringLiteral("--save"), QString(), QStringLiteral("--dir"),
-                                 m_folder.path()} +
+                                 QStringLiteral("--bind"), m_host, QStringLiteral("--save"),
+                                 QString(), QStringLiteral("--dir"), m_folder.path()} +
                          m_options + more);
     QByteArray output;
     while (!output.contains(outputToWaitFor)) {
@@ -99,8 +98,7 @@ void RedisServer::kill() {
 }
 
 void RedisServer::startLoading(std::chrono::microseconds timeForAKey, const QStringList& more) {
-    const QStringList slow{QStringLiteral("--key-load-delay"),
-                           QString::number(timeForAKey.count()),
+    const QStringList slow{QStringLiteral("--key-load-delay"), QString::number(timeForAKey.count()),
                            // How often it looks at its clients meanwhile.
                            QStringLiteral("--loading-process-events-interval-bytes"),
                            QStringLiteral("1024")};

@@ -17,8 +17,7 @@ namespace test_support {
 class RedisServer {
 public:
     /// `options` as on the command line of redis-server: "--databases", "2", …
-    explicit RedisServer(QStringList options = {},
-                         QString host = QStringLiteral("127.0.0.1"));
+    explicit RedisServer(QStringList options = {}, QString host = QStringLiteral("127.0.0.1"));
     ~RedisServer();
     RedisServer(const RedisServer&) = delete;
     RedisServer& operator=(const RedisServer&) = delete;
