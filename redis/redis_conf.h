@@ -7,7 +7,7 @@
 
 /// Settings of one Redis connection, with their defaults. No number is checked for its range: a
 /// port or a database that the server does not have shows when it is used, and a negative database
-/// is the one that the connection used last (at first 0).
+/// means the one of the last command that was answered (at first 0).
 struct redis_conf {
     QString host = QStringLiteral("127.0.0.1");
     /// Password; empty for none.

@@ -65,14 +65,14 @@ Response Connection::commandSync(const QList<QByteArray>& parts, int db) {
             m_session->select(db, deadline);
             selected = true;
             Response response = m_session->roundTrip(parts, deadline);
-            m_db = m_session->database().value_or(db);
+            m_db = db;
             return response;
         } catch (const SessionError& error) {
             disconnect();
             m_lastFailure = error.what();
             const bool unsent = error.kind() == SessionError::Kind::notWritten ||
                                 (error.kind() == SessionError::Kind::answerLost && !selected);
-            if (!unsent || !mayConnect) {
+            if (!unsent) {
                 throw exception(parts.first(), m_lastFailure);
             }
         }

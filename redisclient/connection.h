@@ -69,8 +69,9 @@ public:
     void disconnect() noexcept;
 
     /// Runs a command, which must not be empty, in database `db`; a negative number, whichever,
-    /// means the one used last (at first 0). If the server refuses the database, the command is not
-    /// sent: the Exception names the database and has the server's words.
+    /// means the one of the last command that was answered (at first 0). If the server refuses the
+    /// database, the command is not sent: the Exception names the database and has the server's
+    /// words.
     Response commandSync(const QList<QByteArray>& parts, int db = -1);
 
 private:

@@ -66,9 +66,6 @@ public:
     /// Makes sure that the server uses database `db`. Throws SessionError like roundTrip().
     void select(int db, Clock::time_point deadline);
 
-    /// The database that the server uses for this session; none when that is not certain.
-    std::optional<int> database() const { return m_database; }
-
 private:
     struct ContextDeleter {
         void operator()(redisContext* context) const noexcept;
@@ -88,7 +85,7 @@ private:
 
     std::unique_ptr<redisContext, ContextDeleter> m_context;
     void* (*m_createArray)(const redisReadTask*, std::size_t) = nullptr;
-    std::optional<int> m_database = 0;
+    std::optional<int> m_database = 0; ///< none when that is not certain
 
     // Of the current command:
     Clock::time_point m_deadline;

@@ -718,6 +718,24 @@ TEST(RedisConnection, DoesNotTakeSomethingUnaskedForAnAnswer) {
     EXPECT_EQ(peer.connections(), 2);
 }
 
+TEST(RedisConnection, ClosesASocketThatSaidSomethingUnaskedAlsoWhenItGetsNoOther) {
+    std::atomic<bool> closed = false;
+    const FakePeer peer([&](TestSocket& client, int number) {
+        if (number == 1) {
+            FakePeer::afterPing(client);
+            client.write("+first\r\n+unasked\r\n");
+            client.waitForClosing();
+            closed = true;
+        }
+    });
+    Connection connection(configFor(peer.port()));
+    connection.commandSync({"GET", "key"});
+
+    failureOf(connection);
+
+    EXPECT_TRUE(eventually([&] { return closed.load(); }));
+}
+
 TEST(RedisConnection, DoesNotTakeSomethingSentAfterSelectForAnAnswer) {
     const FakePeer peer([](TestSocket& client, int number) {
         FakePeer::afterPing(client);
