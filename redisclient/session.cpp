@@ -19,7 +19,6 @@ extern "C" {
 #include <chrono>
 #include <cstring>
 #include <new>
-#include <system_error>
 #include <vector>
 
 namespace RedisClient {
@@ -190,10 +189,10 @@ bool Session::hasUnreadAnswer() const noexcept {
 }
 
 bool Session::isUsable() const noexcept {
-    if (m_context->err != 0 || hasUnreadAnswer()) {
+    if (hasUnreadAnswer()) {
         return false;
     }
-    pollfd watched{.fd = m_context->fd, .events = POLLIN | POLLRDHUP, .revents = 0};
+    pollfd watched{.fd = m_context->fd, .events = POLLIN, .revents = 0};
     int count = 0;
     do {
         count = ::poll(&watched, 1, 0);
@@ -217,7 +216,6 @@ Response Session::roundTrip(const QList<QByteArray>& parts, Clock::time_point de
     m_written = false;
     m_receivedBytes = 0;
     m_receivedElements = 0;
-    m_refusal = nullptr;
 
     if (::redisAppendCommandArgv(m_context.get(), parts.size(), starts.data(), sizes.data()) !=
         REDIS_OK) {
@@ -304,12 +302,9 @@ std::size_t Session::answerBytes() const noexcept {
     if (reader.ridx < 0 || reader.task[reader.ridx]->type != REDIS_REPLY_STRING) {
         return m_receivedBytes;
     }
-    const char* const start = reader.buf + reader.pos;
-    const char* const end = reader.buf + reader.len;
-    std::size_t length = 0;
-    const auto number = std::from_chars(start, end, length);
-    const bool isWhole = number.ptr != end && number.ec == std::errc();
-    return isWhole ? m_receivedBytes - (reader.len - reader.pos) + length : m_receivedBytes;
+    std::size_t length = 0; // stays so if there is no number yet, or one that hiredis refuses
+    std::from_chars(reader.buf + reader.pos, reader.buf + reader.len, length);
+    return std::max(m_receivedBytes, m_receivedBytes - (reader.len - reader.pos) + length);
 }
 
 ssize_t Session::receive(redisContext* context, char* buffer, std::size_t capacity) {

@@ -92,7 +92,8 @@ private:
     bool m_written = false;
     std::size_t m_receivedBytes = 0;
     std::size_t m_receivedElements = 0;
-    const char* m_refusal = nullptr;
+
+    const char* m_refusal = nullptr; ///< of what hiredis was told to give up
 };
 
 } // namespace RedisClient

@@ -251,6 +251,16 @@ TEST_F(RedisCommands, FindTheirDatabaseAfterTheCallerSelectedAnother) {
     EXPECT_EQ(run({"GET", key}, 0).getValue(), QVariant(QByteArray("zero")));
 }
 
+TEST_F(RedisCommands, FindTheirDatabaseAfterTheCallerWasRefusedAnother) {
+    run({"SET", key, "zero"});
+    run({"SET", key, "one"}, 1);
+
+    EXPECT_TRUE(run({"SELECT", "1000000"}, 1).isErrorMessage());
+
+    EXPECT_EQ(run({"GET", key}, 0).getValue(), QVariant(QByteArray("zero")));
+    EXPECT_EQ(run({"GET", key}, 1).getValue(), QVariant(QByteArray("one")));
+}
+
 TEST_F(RedisCommands, FindTheirDatabaseAfterATransactionThatWasGivenUp) {
     run({"SET", key, "one"}, 1);
     run({"MULTI"}, 0);

@@ -464,7 +464,8 @@ TEST(RedisCommandFailure, IsAServerThatTalksForTooLong) {
         FakePeer::afterPing(client);
         // There is always more to read, and never the end of the line.
         client.write("+");
-        while (client.write("more ")) {
+        const QByteArray more(1 << 20, 'x');
+        while (client.write(more)) {
         }
     });
     Connection connection(hasty(peer.port()));
@@ -716,6 +717,23 @@ TEST(RedisConnection, DoesNotTakeSomethingUnaskedForAnAnswer) {
 
     EXPECT_EQ(connection.commandSync({"GET", "key"}).getValue(), QVariant(QByteArray("second")));
     EXPECT_EQ(peer.connections(), 2);
+}
+
+TEST(RedisConnection, IsNoneAfterSomethingUnasked) {
+    for (const auto pause : {0ms, 50ms}) {
+        const FakePeer peer([pause](TestSocket& client, int) {
+            FakePeer::afterPing(client);
+            client.write(pause == 0ms ? "+asked\r\n+unasked\r\n" : "+asked\r\n");
+            if (pause != 0ms && !client.waitForClosing(pause)) {
+                client.write("+unasked\r\n");
+            }
+            client.waitForClosing();
+        });
+        Connection connection(configFor(peer.port()));
+        connection.commandSync({"GET", "key"});
+
+        EXPECT_TRUE(eventually([&] { return !connection.isConnected(); })) << pause.count();
+    }
 }
 
 TEST(RedisConnection, ClosesASocketThatSaidSomethingUnaskedAlsoWhenItGetsNoOther) {

@@ -8,6 +8,8 @@
 #include <signal.h>
 #include <sys/time.h>
 
+#include <cerrno>
+
 // Signals that interrupt the system's calls.
 
 namespace {
@@ -42,6 +44,19 @@ TEST_P(InterruptedRedisCommand, GoesOn) {
 
 INSTANTIATE_TEST_SUITE_P(In, InterruptedRedisCommand,
                          testing::Values(SystemCall::poll, SystemCall::recv, SystemCall::send));
+
+TEST(RedisCommandThatCouldNotBeSent, GoesOverAnotherConnection) {
+    const FakePeer peer(FakePeer::answering("+OK\r\n"));
+    Connection connection(configFor(peer.port()));
+    connection.commandSync({"SET", "key", "value"});
+    {
+        const Interruptions closed(SystemCall::send, 1, EPIPE);
+        EXPECT_EQ(connection.commandSync({"SET", "key", "value"}).getValue(),
+                  QVariant(QByteArray("OK")));
+        EXPECT_EQ(closed.left(), 0);
+    }
+    EXPECT_EQ(peer.connections(), 2);
+}
 
 TEST(InterruptedRedisConnecting, GoesOn) {
     for (const SystemCall call : {SystemCall::connect, SystemCall::poll}) {

@@ -1,9 +1,12 @@
 #include "redisclient/redisclient.h"
 #include "tests/support/fake_peer.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QVariantList>
+
+#include <string>
 
 // What a real server of today never sends to this client, or not reliably.
 
@@ -40,8 +43,15 @@ class RedisReplyOfTheThirdVersion : public testing::TestWithParam<const char*> {
 
 // Nobody asks for that version of the protocol, so who uses it is no server of ours.
 TEST_P(RedisReplyOfTheThirdVersion, IsNoAnswer) {
-    EXPECT_THROW(responseTo(GetParam()), Connection::Exception);
-    EXPECT_THROW(responseTo("*1\r\n" + QByteArray(GetParam())), Connection::Exception);
+    for (const QByteArray& start : {QByteArray(), QByteArray("*1\r\n")}) {
+        std::string failure;
+        try {
+            responseTo(start + GetParam());
+        } catch (const Connection::Exception& exception) {
+            failure = exception.what();
+        }
+        EXPECT_THAT(failure, testing::HasSubstr("was not asked for"));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Being, RedisReplyOfTheThirdVersion,

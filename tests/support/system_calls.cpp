@@ -8,7 +8,6 @@
 #include <sys/socket.h>
 
 #include <array>
-#include <cerrno>
 #include <cstring>
 #include <thread>
 
@@ -23,14 +22,6 @@ thread_local RedirectedPort* redirectedPort = nullptr;
 template <typename Function>
 Function* theSystems(const char* name) {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
-}
-
-bool interrupted(SystemCall call) {
-    if (!Interruptions::take(call)) {
-        return false;
-    }
-    errno = EINTR;
-    return true;
 }
 
 bool isRedirected(const sockaddr* address, socklen_t size, sockaddr_in& target) {
@@ -51,7 +42,8 @@ bool isRedirected(const sockaddr* address, socklen_t size, sockaddr_in& target) 
 
 } // namespace
 
-Interruptions::Interruptions(SystemCall call, int times) : m_call(call), m_left(times) {
+Interruptions::Interruptions(SystemCall call, int times, int error)
+    : m_call(call), m_left(times), m_error(error) {
     interruptions = this;
 }
 
@@ -64,6 +56,7 @@ bool Interruptions::take(SystemCall call) {
         return false;
     }
     --interruptions->m_left;
+    errno = interruptions->m_error;
     return true;
 }
 
@@ -92,22 +85,22 @@ int connect(int fd, const sockaddr* address, socklen_t size) {
                            ? call(fd, reinterpret_cast<const sockaddr*>(&target), sizeof target)
                            : call(fd, address, size);
     // It goes on by itself also when it is interrupted.
-    return interrupted(SystemCall::connect) ? -1 : result;
+    return Interruptions::take(SystemCall::connect) ? -1 : result;
 }
 
 int poll(pollfd* watched, nfds_t count, int timeoutMsecs) {
     static const auto call = theSystems<decltype(::poll)>("poll");
-    return interrupted(SystemCall::poll) ? -1 : call(watched, count, timeoutMsecs);
+    return Interruptions::take(SystemCall::poll) ? -1 : call(watched, count, timeoutMsecs);
 }
 
 ssize_t recv(int fd, void* buffer, std::size_t size, int flags) {
     static const auto call = theSystems<decltype(::recv)>("recv");
-    return interrupted(SystemCall::recv) ? -1 : call(fd, buffer, size, flags);
+    return Interruptions::take(SystemCall::recv) ? -1 : call(fd, buffer, size, flags);
 }
 
 ssize_t send(int fd, const void* buffer, std::size_t size, int flags) {
     static const auto call = theSystems<decltype(::send)>("send");
-    return interrupted(SystemCall::send) ? -1 : call(fd, buffer, size, flags);
+    return Interruptions::take(SystemCall::send) ? -1 : call(fd, buffer, size, flags);
 }
 
 int getaddrinfo(const char* name, const char* service, const addrinfo* hints, addrinfo** list) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -13,11 +14,11 @@ namespace test_support {
 
 enum class SystemCall { connect, poll, recv, send };
 
-/// While it lives, the first `times` such calls of this thread end as those do that a signal
-/// interrupts.
+/// While it lives, the first `times` such calls of this thread fail with `error`; by default as
+/// those do that a signal interrupts.
 class Interruptions {
 public:
-    Interruptions(SystemCall call, int times);
+    Interruptions(SystemCall call, int times, int error = EINTR);
     ~Interruptions();
     Interruptions(const Interruptions&) = delete;
     Interruptions& operator=(const Interruptions&) = delete;
@@ -25,12 +26,13 @@ public:
     /// How many are still to come.
     int left() const { return m_left; }
 
-    /// For system_calls.cpp: true for a call to be interrupted.
+    /// For system_calls.cpp: true for a call to be interrupted, with errno set.
     static bool take(SystemCall call);
 
 private:
     SystemCall m_call;
     int m_left;
+    int m_error;
 };
 
 /// While it lives, this thread's look-ups of names take that long.
