@@ -150,7 +150,7 @@ protected:
         return filter;
     }
 
-    redis_server redis;
+    redis_commands redis;
     log_capture log;
     LoadedPlugin plugin;
 };

@@ -55,7 +55,7 @@ protected:
 
     int device = uniqueDevice();
     std::string number = std::to_string(device);
-    redis_server redis;
+    redis_commands redis;
     log_capture log;
     LoadedPlugin plugin;
 };
@@ -163,7 +163,7 @@ protected:
 
     int device = uniqueDevice();
     std::string number = std::to_string(device);
-    redis_server redis;
+    redis_commands redis;
     log_capture log;
     LoadedPlugin plugin;
 };

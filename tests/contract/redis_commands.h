@@ -16,9 +16,9 @@
 /// The Redis server of the environment variable REDIS_URL (redis://[:password@]host:port), asked by
 /// commands of the test's own. A missing server is a failure: everything throws
 /// std::runtime_error.
-class redis_server {
+class redis_commands {
 public:
-    redis_server() {
+    redis_commands() {
         const QString url = qEnvironmentVariable("REDIS_URL");
         if (url.isEmpty()) {
             throw std::runtime_error("REDIS_URL names no server; run the tests with ./dev test");
