@@ -27,11 +27,8 @@ std::string environment(const char* name) {
     return value;
 }
 
-QUrl redisUrl() {
-    return QUrl(QString::fromStdString(environment("REDIS_URL")));
-}
-
 QJsonObject settings() {
+    environment("REDIS_URL"); // the plug-in has a default, whose databases are not ours to empty
     auto settings = host::settingsFromEnvironment();
     auto redis = settings.value(QLatin1String("redis")).toObject();
     redis.insert(QStringLiteral("cleint_db"), Stores::clientDb);
@@ -39,6 +36,11 @@ QJsonObject settings() {
     redis.insert(QStringLiteral("queue_db"), Stores::queueDb);
     settings.insert(QStringLiteral("redis"), redis);
     return settings;
+}
+
+mongocxx::v1::client mongoClient(const QJsonObject& settings) {
+    const QString url = settings.value(QLatin1String("url")).toString();
+    return mongocxx::v1::client{mongocxx::v1::uri(url.toStdString())};
 }
 
 void refuseForeignDocuments(mongocxx::v1::database database) {
@@ -66,19 +68,20 @@ void refuseForeignKeys(RawRedis& redis) {
 
 } // namespace
 
-Stores::Stores()
-    : m_client(mongocxx::v1::uri(environment("MONGODB_URL"))), m_redis(redisUrl()),
-      m_measuredClient(mongocxx::v1::uri(environment("MONGODB_URL"))), m_measuredRedis(redisUrl()),
+Stores::Stores() : Stores(settings()) {}
+
+Stores::Stores(const QJsonObject& settings)
+    : m_client(mongoClient(settings)), m_measuredClient(mongoClient(settings)),
+      m_redis(host::redisSettings(settings)), m_measuredRedis(host::redisSettings(settings)),
       m_plugin(QString::fromStdString(environment("KELVROSTORAGE_PLUGIN"))) {
     refuseForeignDocuments(database());
     refuseForeignKeys(m_redis);
     database().drop();
-    const QJsonObject json = settings();
     auto& factory = m_plugin.factory();
-    m_messages = factory.CreateMessageDatabaseInst(json, nullptr);
-    m_eav = factory.CreateEavDatabaseInst(json, nullptr);
-    m_driverState = factory.CreateDriverStateInst(json, nullptr);
-    m_clients = factory.CreateClientDatabaseInst(json, nullptr);
+    m_messages = factory.CreateMessageDatabaseInst(settings, nullptr);
+    m_eav = factory.CreateEavDatabaseInst(settings, nullptr);
+    m_driverState = factory.CreateDriverStateInst(settings, nullptr);
+    m_clients = factory.CreateClientDatabaseInst(settings, nullptr);
 }
 
 Stores::~Stores() {
@@ -96,21 +99,19 @@ mongocxx::v1::database Stores::database() {
     return m_client.database(mongo::databaseName);
 }
 
-mongocxx::v1::collection Stores::raw(std::string_view collection) {
-    return m_measuredClient.database(mongo::databaseName).collection(collection);
-}
-
 RawRedis& Stores::rawRedis(int db) {
     m_measuredRedis.select(db);
     return m_measuredRedis;
 }
 
-mongocxx::v1::collection Stores::fresh(std::string_view collection,
-                                       std::span<const layout::index> indexes) {
+RawCollectionPtr Stores::emptyCollection(std::string_view collection,
+                                         std::span<const layout::index> indexes) {
     auto made = database().collection(collection);
     made.drop();
     mongo::createIndexes(made, indexes);
-    return made;
+    return std::make_shared<RawCollection>(RawCollection{
+        .measured = m_measuredClient.database(mongo::databaseName).collection(collection),
+        .unmeasured = std::move(made)});
 }
 
 RawRedis& Stores::emptyRedis(int db) {
@@ -136,18 +137,6 @@ QJsonObject Stores::versions() {
                            .match(QString::fromLatin1(redis->str, static_cast<int>(redis->len)));
     versions.insert(QStringLiteral("Redis"), found.captured(1));
     return versions;
-}
-
-std::size_t countDocuments(mongocxx::v1::collection& collection) {
-    return static_cast<std::size_t>(collection.count_documents(bsoncxx::v1::document::view{}));
-}
-
-void requireDocuments(mongocxx::v1::collection& collection, std::size_t expected) {
-    const std::size_t stored = countDocuments(collection);
-    if (stored != expected) {
-        throw std::runtime_error("the collection holds " + std::to_string(stored) +
-                                 " documents instead of " + std::to_string(expected));
-    }
 }
 
 } // namespace bench

@@ -1,4 +1,4 @@
-#include "bench/raw_redis.h"
+#include "bench/baselines/raw_redis.h"
 
 #include <hiredis/hiredis.h>
 
@@ -6,12 +6,6 @@
 #include <vector>
 
 namespace bench {
-
-namespace {
-
-constexpr int defaultPort = 6379;
-
-} // namespace
 
 void RawRedis::ReplyDeleter::operator()(redisReply* reply) const noexcept {
     ::freeReplyObject(reply);
@@ -21,14 +15,14 @@ void RawRedis::ContextDeleter::operator()(redisContext* context) const noexcept 
     ::redisFree(context);
 }
 
-RawRedis::RawRedis(const QUrl& url)
-    : m_context(::redisConnect(url.host().toUtf8().constData(), url.port(defaultPort))) {
+RawRedis::RawRedis(const host::RedisSettings& settings)
+    : m_context(::redisConnect(settings.host.toUtf8().constData(), settings.port)) {
     if (m_context == nullptr || m_context->err != 0) {
-        throw std::runtime_error("cannot reach the server of REDIS_URL: " +
+        throw std::runtime_error("cannot reach the Redis server: " +
                                  std::string(m_context ? m_context->errstr : "no memory"));
     }
-    if (!url.password().isEmpty()) {
-        run({"AUTH", url.password().toUtf8()});
+    if (!settings.auth.isEmpty()) {
+        run({"AUTH", settings.auth.toUtf8()});
     }
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "host/input/settings.h"
+
 #include <QByteArray>
 #include <QList>
-#include <QUrl>
 
 #include <memory>
 #include <string>
@@ -23,8 +24,7 @@ public:
     };
     using Reply = std::unique_ptr<redisReply, ReplyDeleter>;
 
-    /// redis://[:PASSWORD@]HOST[:PORT]
-    explicit RawRedis(const QUrl& url);
+    explicit RawRedis(const host::RedisSettings& settings);
 
     /// The bytes of a command as they are sent.
     static std::string wire(const QList<QByteArray>& command);
