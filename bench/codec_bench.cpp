@@ -11,9 +11,7 @@
 #include <benchmark/benchmark.h>
 #include <bson/bson.h>
 
-#include <algorithm>
 #include <memory>
-#include <span>
 #include <stdexcept>
 
 namespace bench {
@@ -32,11 +30,6 @@ template <typename Record>
 using Records = std::shared_ptr<const std::vector<Record>>;
 template <typename Record>
 using MakeRecords = std::function<std::vector<Record>()>;
-
-bool equal(const document_view& left, const document_view& right) {
-    return std::ranges::equal(std::span{left.data(), left.size()},
-                              std::span{right.data(), right.size()});
-}
 
 /// A block goes once over all items, as a query does over its documents: the conversion that
 /// `conversion()` gives, with whatever it remembers, is for one block. Results are let go one by
@@ -89,8 +82,8 @@ void requireSame(const std::vector<Record>& records) {
         const auto document = bson_utils::toBson(record);
         const auto text = text_path::write(record);
         const auto expected = bson_utils::toBson(read(document));
-        if (text.size() != document.size() || !equal(bson_utils::toBson(read(text)), expected) ||
-            !equal(bson_utils::toBson(text_path::read<Record>(document)), expected)) {
+        if (text.size() != document.size() || bson_utils::toBson(read(text)) != expected ||
+            bson_utils::toBson(text_path::read<Record>(document)) != expected) {
             throw std::runtime_error("the way through text gives something else");
         }
     }

@@ -36,10 +36,6 @@ host::RecordFile<Record> fileOf(const char* name, host::RecordFile<Record> (*rea
     return file;
 }
 
-QString text(const char* prefix, std::size_t number) {
-    return QLatin1String(prefix) + QString::number(number);
-}
-
 /// A reading some rounds later: as many decimals, up to three, and whole if it was.
 double grown(double reading, std::size_t rounds) {
     constexpr double thousandths = 1000;
@@ -54,12 +50,6 @@ QJsonObject grown(QJsonObject readings, std::size_t rounds) {
         }
     }
     return readings;
-}
-
-/// With the number in the last bytes, which nobody decodes.
-QByteArray numbered(QByteArray payload, std::size_t number) {
-    const auto digits = QByteArray::number(static_cast<qulonglong>(number)).rightJustified(8, '0');
-    return payload.left(payload.size() - digits.size()) + digits;
 }
 
 const std::vector<model::message>& telegramMessages() {
@@ -113,8 +103,7 @@ QJsonObject withManyKeys(int number) {
     QJsonObject wide;
     for (int i = 0; i < 400; ++i) {
         const double reading = number + i;
-        wide.insert(text("quantity_", static_cast<std::size_t>(i)),
-                    i % 2 == 0 ? reading + 0.125 : reading);
+        wide.insert(QStringLiteral("quantity_%1").arg(i), i % 2 == 0 ? reading + 0.125 : reading);
     }
     return wide;
 }
@@ -122,8 +111,8 @@ QJsonObject withManyKeys(int number) {
 QJsonObject withLongTexts(int number) {
     const auto sentence = QStringLiteral(u"Zähler %1 geprüft, Siegel unversehrt. ").arg(number);
     QJsonObject texts;
-    for (std::size_t i = 0; i < 8; ++i) {
-        texts.insert(text("note_", i), sentence.repeated(60));
+    for (int i = 0; i < 8; ++i) {
+        texts.insert(QStringLiteral("note_%1").arg(i), sentence.repeated(60));
     }
     return texts;
 }
@@ -148,7 +137,8 @@ std::vector<model::message> messages(std::size_t count, quint64 firstId) {
         message.timestamp = start().addSecs(-static_cast<qint64>(i));
         message.time_detected = message.timestamp.addSecs(-2);
         message.data = QJsonDocument{grown(message.data.object(), i / originals.size())};
-        message.payload = numbered(message.payload, i);
+        // Nobody decodes the last bytes again.
+        message.payload = message.payload.chopped(8) + QByteArray::number(quint64{10'000'000} + i);
         messages.push_back(std::move(message));
     }
     return messages;
@@ -208,7 +198,7 @@ std::vector<model::dev_event> events(std::size_t count) {
         event.modem_id = deviceOf(i);
         event.timestamp = start().addSecs(-static_cast<qint64>(i));
         event.event_code = static_cast<int>(i % texts.size());
-        event.message_id = text("", 1'700'000'000'000 + i);
+        event.message_id = QString::number(quint64{1'700'000'000'000} + i);
         event.message = texts[i % texts.size()];
         event.extended_data = QJsonDocument{QJsonObject{
             {QStringLiteral("source"), QStringLiteral("status word")},

@@ -10,7 +10,6 @@
 
 #include <QRegularExpression>
 
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
@@ -18,17 +17,11 @@ namespace bench {
 
 namespace {
 
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);
-    if (value == nullptr || *value == '\0') {
-        throw std::runtime_error(std::string(name) +
-                                 " is not set; ./dev bench starts servers and sets it");
-    }
-    return value;
-}
-
 QJsonObject settings() {
-    environment("REDIS_URL"); // the plug-in has a default, whose databases are not ours to empty
+    if (!qEnvironmentVariableIsSet("REDIS_URL")) {
+        // The default server's databases are not ours to empty.
+        throw std::runtime_error("REDIS_URL is not set; ./dev bench starts servers and sets it");
+    }
     auto settings = host::settingsFromEnvironment();
     auto redis = settings.value(QLatin1String("redis")).toObject();
     redis.insert(QStringLiteral("cleint_db"), Stores::clientDb);
@@ -44,11 +37,8 @@ mongocxx::v1::client mongoClient(const QJsonObject& settings) {
 }
 
 void refuseForeignDocuments(mongocxx::v1::database database) {
-    const char* allowed = std::getenv("KELVRO_ALLOW_DROP");
-    if (allowed != nullptr && std::string_view(allowed) == "1") {
-        return;
-    }
-    if (!database.list_collection_names().empty()) {
+    const bool allowed = qEnvironmentVariable("KELVRO_ALLOW_DROP") == QLatin1String("1");
+    if (!allowed && !database.list_collection_names().empty()) {
         throw std::runtime_error(
             "the server of MONGODB_URL has a database \"kelvrostorage\" with collections in it, "
             "which the benchmarks would drop; KELVRO_ALLOW_DROP=1 allows that");
@@ -73,7 +63,7 @@ Stores::Stores() : Stores(settings()) {}
 Stores::Stores(const QJsonObject& settings)
     : m_client(mongoClient(settings)), m_measuredClient(mongoClient(settings)),
       m_redis(host::redisSettings(settings)), m_measuredRedis(host::redisSettings(settings)),
-      m_plugin(QString::fromStdString(environment("KELVROSTORAGE_PLUGIN"))) {
+      m_plugin(qEnvironmentVariable("KELVROSTORAGE_PLUGIN")) {
     refuseForeignDocuments(database());
     refuseForeignKeys(m_redis);
     database().drop();

@@ -1,19 +1,9 @@
 #include "bench/baselines/raw_redis.h"
 
-#include <hiredis/hiredis.h>
-
 #include <stdexcept>
 #include <vector>
 
 namespace bench {
-
-void RawRedis::ReplyDeleter::operator()(redisReply* reply) const noexcept {
-    ::freeReplyObject(reply);
-}
-
-void RawRedis::ContextDeleter::operator()(redisContext* context) const noexcept {
-    ::redisFree(context);
-}
 
 RawRedis::RawRedis(const host::RedisSettings& settings)
     : m_context(::redisConnect(settings.host.toUtf8().constData(), settings.port)) {
@@ -55,10 +45,6 @@ RawRedis::Reply RawRedis::send(const std::string& wire) {
         throw std::runtime_error("Redis refuses: " + std::string(reply->str, reply->len));
     }
     return reply;
-}
-
-void RawRedis::select(int db) {
-    run({"SELECT", QByteArray::number(db)});
 }
 
 } // namespace bench

@@ -46,14 +46,11 @@ QJsonObject buildAndLibraries() {
 }
 
 Measurement measure(Contest& contest, bool quick) {
-    constexpr double secs = 3.0;
-    constexpr std::size_t minRounds = 7;
-    constexpr double quickSecs = 0.1;
-    constexpr std::size_t quickMinRounds = 2;
     if (quick) {
-        contest.minRounds = quickMinRounds;
+        contest.minRounds = 2;
+        return runRounds(contest, 0.1, 2);
     }
-    return runRounds(contest, quick ? quickSecs : secs, quick ? quickMinRounds : minRounds);
+    return runRounds(contest, 3.0, 7);
 }
 
 std::string summary(const std::vector<Round>& rounds) {
