@@ -27,15 +27,14 @@ constexpr Goal nestedGoal{.speedupAtLeast = 4};
 constexpr Goal untold{};
 
 template <typename Record>
-using Records = std::shared_ptr<const std::vector<Record>>;
-template <typename Record>
 using MakeRecords = std::function<std::vector<Record>()>;
 
 /// A block goes once over all items, as a query does over its documents: the conversion that
 /// `conversion()` gives, with whatever it remembers, is for one block. Results are let go one by
 /// one.
 template <typename Item, typename Conversion>
-Side side(const char* name, const Records<Item>& items, Conversion conversion) {
+Side side(const char* name, const std::shared_ptr<const std::vector<Item>>& items,
+          Conversion conversion) {
     return {name, [=] {
                 auto convert = conversion();
                 for (const Item& item : *items) {

@@ -4,19 +4,17 @@ namespace bench {
 
 namespace {
 
-QByteArray clientsKey(std::size_t device) {
-    return "dev:clients:" + QByteArray::number(static_cast<int>(device));
-}
-
-QByteArray propertiesKey(std::size_t device) {
-    return "dev:properties:" + QByteArray::number(static_cast<int>(device));
+QByteArray keyOf(const char* kind, std::size_t device) {
+    return QByteArray("dev:") + kind + ':' + QByteArray::number(static_cast<int>(device));
 }
 
 void storeClients(RawRedis& redis, std::size_t size) {
     for (std::size_t device = 0; device < size; ++device) {
         const QByteArray household = "household " + QByteArray::number(static_cast<int>(device));
-        redis.run({"SADD", clientsKey(device), "water works", "housing association", household});
-        redis.run({"HSET", propertiesKey(device), "hw_type", "amiplus", "protocol", "wM-Bus"});
+        redis.run(
+            {"SADD", keyOf("clients", device), "water works", "housing association", household});
+        redis.run(
+            {"HSET", keyOf("properties", device), "hw_type", "amiplus", "protocol", "wM-Bus"});
     }
 }
 
@@ -24,9 +22,9 @@ void storeClients(RawRedis& redis, std::size_t size) {
 template <typename CommandsFor>
 Contest askForEach(Stores& stores, std::size_t size, const Call& plugin, CommandsFor commandsFor) {
     storeClients(stores.emptyRedis(Stores::clientDb), size);
-    std::vector<std::vector<std::string>> commands;
+    std::vector<std::vector<std::string>> commands(size);
     for (std::size_t device = 0; device < size; ++device) {
-        commands.push_back(commandsFor(device));
+        commands[device] = commandsFor(device);
     }
     return callByCall(size, plugin,
                       [&redis = stores.rawRedis(Stores::clientDb), commands](std::size_t device) {
@@ -43,7 +41,7 @@ Contest getDeviceClients(Stores& stores, std::size_t size) {
             repository.GetDeviceClients(static_cast<int>(device));
         },
         [](std::size_t device) {
-            return std::vector{RawRedis::wire({"SMEMBERS", clientsKey(device)})};
+            return std::vector{RawRedis::wire({"SMEMBERS", keyOf("clients", device)})};
         });
 }
 
@@ -54,8 +52,8 @@ Contest getDeviceInfo(Stores& stores, std::size_t size) {
             repository.GetDeviceInfo(static_cast<int>(device));
         },
         [](std::size_t device) {
-            return std::vector{RawRedis::wire({"HGET", propertiesKey(device), "hw_type"}),
-                               RawRedis::wire({"HGET", propertiesKey(device), "protocol"})};
+            return std::vector{RawRedis::wire({"HGET", keyOf("properties", device), "hw_type"}),
+                               RawRedis::wire({"HGET", keyOf("properties", device), "protocol"})};
         });
 }
 

@@ -30,7 +30,11 @@ struct RawObjects {
     Documents queries;
     Documents updates;
 };
-using RawObjectsPtr = std::shared_ptr<const RawObjects>;
+
+struct Prepared {
+    DeviceCalls plugin;
+    std::shared_ptr<const RawObjects> raw;
+};
 
 bsoncxx::v1::document::value queryById(int device) {
     bson_builder query;
@@ -47,14 +51,10 @@ bsoncxx::v1::document::value update(int device, const bsoncxx::v1::document::vie
     return update.take();
 }
 
-RawCollectionPtr emptyCopies(Stores& stores, const DeviceObjects& objects) {
-    return stores.emptyCollection(objects.copies, field::indexes);
-}
-
-void readTexts(const DeviceObjects& objects, std::size_t size, RawObjects& raw) {
+void readTexts(RawRedis& redis, const DeviceObjects& objects, std::size_t size, RawObjects& raw) {
     for (int device = 0; std::cmp_less(device, size); ++device) {
         const QByteArray key = objects.keyOf(device);
-        const auto text = raw.redis.run({"GET", key});
+        const auto text = redis.run({"GET", key});
         if (text->type != REDIS_REPLY_STRING) {
             throw std::runtime_error("the plug-in has not stored the device's object in Redis");
         }
@@ -74,24 +74,23 @@ void readCopies(RawObjects& raw) {
     }
 }
 
-RawObjectsPtr rawObjects(Stores& stores, const DeviceObjects& objects, std::size_t size,
-                         const RawCollectionPtr& copies) {
+Prepared prepare(Stores& stores, const DeviceObjects& objects, std::size_t size, bool persist) {
+    const auto copies = stores.emptyCollection(objects.copies, field::indexes);
+    const auto plugin = storeObjects(stores, objects, size, persist);
+    copies->require(persist ? size : 0);
     RawObjects raw{stores.rawRedis(objects.db), copies, {}, {}, {}, {}};
-    readTexts(objects, size, raw);
+    readTexts(stores.otherRedis(objects.db), objects, size, raw);
     readCopies(raw);
-    return std::make_shared<const RawObjects>(std::move(raw));
+    return {plugin, std::make_shared<const RawObjects>(std::move(raw))};
 }
 
 Contest push(Stores& stores, const DeviceObjects& objects, std::size_t size, bool persist) {
-    const auto copies = emptyCopies(stores, objects);
-    const auto plugin = storeObjects(stores, objects, size, persist);
-    copies->require(persist ? size : 0);
-    const auto raw = rawObjects(stores, objects, size, copies);
+    const auto [plugin, raw] = prepare(stores, objects, size, persist);
     mongocxx::v1::update_one_options upsert;
     upsert.upsert(true);
     return callByCall(
         size, [push = plugin.push, persist](std::size_t i) { push(static_cast<int>(i), persist); },
-        [raw, persist, upsert](std::size_t i) {
+        [raw = raw, persist, upsert](std::size_t i) {
             raw->redis.send(raw->sets[i]);
             if (persist) {
                 raw->copies->measured.update_one(raw->queries[i], raw->updates[i], upsert);
@@ -100,16 +99,13 @@ Contest push(Stores& stores, const DeviceObjects& objects, std::size_t size, boo
 }
 
 Contest pull(Stores& stores, const DeviceObjects& objects, std::size_t size, bool fromCopy) {
-    const auto copies = emptyCopies(stores, objects);
-    const auto plugin = storeObjects(stores, objects, size, fromCopy);
-    copies->require(fromCopy ? size : 0);
-    const auto raw = rawObjects(stores, objects, size, copies);
+    const auto [plugin, raw] = prepare(stores, objects, size, fromCopy);
     if (fromCopy) {
         stores.emptyRedis(objects.db);
     }
     return callByCall(
         size, [pull = plugin.pull](std::size_t i) { pull(static_cast<int>(i)); },
-        [raw, fromCopy](std::size_t i) {
+        [raw = raw, fromCopy](std::size_t i) {
             raw->redis.send(raw->gets[i]);
             if (fromCopy) {
                 raw->copies->measured.find_one(raw->queries[i]);

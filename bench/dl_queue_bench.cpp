@@ -8,9 +8,9 @@ namespace {
 
 DeviceCalls makeQueues(Stores& stores, std::size_t size) {
     auto& queue = *stores.driverState().DLqueue();
-    std::vector<model::dl_queues> all;
+    std::vector<model::dl_queues> all(size);
     for (std::size_t device = 0; device < size; ++device) {
-        all.push_back(queues(static_cast<int>(device)));
+        all[device] = queues(static_cast<int>(device));
     }
     return {.push =
                 [&queue, all = std::move(all)](int device, bool persist) {

@@ -104,9 +104,13 @@ RawCollectionPtr Stores::emptyCollection(std::string_view collection,
         .unmeasured = std::move(made)});
 }
 
-RawRedis& Stores::emptyRedis(int db) {
+RawRedis& Stores::otherRedis(int db) {
     m_redis.select(db);
-    m_redis.run({"FLUSHDB"});
+    return m_redis;
+}
+
+RawRedis& Stores::emptyRedis(int db) {
+    otherRedis(db).run({"FLUSHDB"});
     return m_redis;
 }
 

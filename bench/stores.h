@@ -56,9 +56,10 @@ public:
     RawCollectionPtr emptyCollection(std::string_view collection,
                                      std::span<const layout::index> indexes);
 
-    /// The measured connection, with one of the databases selected.
+    /// The measured connection, with one of the databases selected, and the other one.
     RawRedis& rawRedis(int db);
-    /// The other one, with one of the databases selected and empty.
+    RawRedis& otherRedis(int db);
+    /// The other one, with the database emptied.
     RawRedis& emptyRedis(int db);
 
     static constexpr int clientDb = 13;

@@ -11,7 +11,6 @@
 
 #include <cstdio>
 #include <exception>
-#include <numeric>
 
 namespace bench {
 
@@ -54,13 +53,14 @@ Measurement measure(Contest& contest, bool quick) {
 }
 
 std::string summary(const std::vector<Round>& rounds) {
-    const auto wallSecs = [&](std::size_t side) {
-        const auto add = [=](double sum, const Round& round) { return sum + round[side].wallSecs; };
-        return std::accumulate(rounds.begin(), rounds.end(), 0.0, add);
-    };
-    return QString::asprintf("%5zu rounds   wall ratio %.3f", rounds.size(),
-                             wallSecs(0) / wallSecs(1))
-        .toStdString();
+    Cost first;
+    Cost second;
+    for (const Round& round : rounds) {
+        first.wallSecs += round[0].wallSecs;
+        second.wallSecs += round[1].wallSecs;
+    }
+    const double ratio = first.wallSecs / second.wallSecs;
+    return QString::asprintf("%5zu rounds   wall ratio %.3f", rounds.size(), ratio).toStdString();
 }
 
 QJsonArray namesOf(const std::vector<Side>& sides) {
