@@ -18,15 +18,14 @@ namespace {
 
 namespace field = layout::persistent;
 using bson_utils::bson_builder;
-using Commands = std::vector<std::string>;
 
 /// What the raw side sends for each device: made of what the plug-in has stored, so both sides
 /// store the same. Without copies there are no queries and no updates.
 struct RawObjects {
     RawRedis& redis;
     RawCollectionPtr copies;
-    Commands gets;
-    Commands sets;
+    std::vector<std::string> gets;
+    std::vector<std::string> sets;
     Documents queries;
     Documents updates;
 };

@@ -25,7 +25,7 @@ struct Kind {
     std::vector<Record> (*make)(std::size_t count);
     void (Repository::*save)(const std::list<Record>&);
     std::shared_ptr<mongo::by_device<Record>> (Repository::*get)(const model::filter_eav&);
-    void (Repository::*erase)(const model::filter_eav&);
+    void (Repository::*erase)(const model::filter_eav&) = nullptr;
 
     RawCollectionPtr empty(Stores& stores) const {
         return stores.emptyCollection(collection, indexes);
@@ -149,7 +149,7 @@ Shares sharesOf(const std::vector<model::dev_value>& records, const std::vector<
 
 /// Asks for one share after the other, from the start again after the last one.
 template <typename Ask>
-auto inTurn(const std::shared_ptr<const Shares>& shares, Ask ask) {
+auto inTurn(const std::shared_ptr<const Shares>& shares, const Ask& ask) {
     return [shares, ask, next = std::make_shared<std::size_t>(0)] {
         const Share& share = (*shares)[*next];
         *next = (*next + 1) % shares->size();

@@ -111,12 +111,11 @@ void Comparisons::runOne(benchmark::State& state, const Comparison& comparison, 
 }
 
 int Comparisons::run(int argc, char** argv, const std::function<QJsonObject()>& servers) {
-    constexpr int usage = 2;
     constexpr int nothingMatches = 3;
     benchmark::Initialize(&argc, argv);
     const Options options = takeOptions(argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return usage;
+        return 2;
     }
     for (const Comparison& comparison : m_comparisons) {
         const auto run = [&](benchmark::State& state) { runOne(state, comparison, options.quick); };
@@ -134,7 +133,10 @@ int Comparisons::run(int argc, char** argv, const std::function<QJsonObject()>& 
                        {QStringLiteral("servers"), servers()},
                        {QStringLiteral("comparisons"), m_results}});
     }
-    return matching == 0 ? nothingMatches : m_failed ? 1 : 0;
+    if (matching == 0) {
+        return nothingMatches;
+    }
+    return m_failed ? 1 : 0;
 }
 
 } // namespace bench
