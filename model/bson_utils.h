@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/bson/bson_builder.h"
+#include "model/bson/json_document.h"
 #include "model/bson/json_values.h"
 #include "model/bson/record_reader.h"
 #include "model/documents/dev_event.h"
@@ -8,16 +9,9 @@
 #include "model/documents/dl_message.h"
 #include "model/documents/ul_message.h"
 
-#include <bsoncxx/v1/array/value.hpp>
-#include <bsoncxx/v1/array/view.hpp>
 #include <bsoncxx/v1/document/value.hpp>
 #include <bsoncxx/v1/document/view.hpp>
-#include <bsoncxx/v1/element/view.hpp>
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QJsonValue>
 #include <QVariant>
 
 #include <string_view>
@@ -38,17 +32,6 @@ namespace bson_utils {
 /// is logged at debug level and becomes the text "unknown type".
 void bsonAppend(bson_builder& document, std::string_view key, const QVariant& value);
 
-/// By way of JSON text and libbson's reader, so whole numbers become int32 or int64, nulls are kept
-/// and the wrapper objects {"$date": …} and {"$oid": …} become dates and ObjectIds. An empty
-/// document gives an empty one. Throws bsoncxx::v1::exception when libbson rejects the text.
-bsoncxx::v1::document::value toBson(const QJsonDocument& json);
-
-/// Member by member: every number becomes a double, nulls are left out.
-bsoncxx::v1::document::value toBson(const QJsonObject& json);
-
-/// Element by element, as for an object: a null is left out and later elements move down.
-bsoncxx::v1::array::value toBson(const QJsonArray& json);
-
 /// The stored documents; their layouts stand in model/documents/.
 bsoncxx::v1::document::value toBson(const model::message& message);
 bsoncxx::v1::document::value toBson(const model::dl_message& message);
@@ -58,11 +41,8 @@ bsoncxx::v1::document::value toBson(const model::dev_event& event);
 /// Reads a stored uplink message. `timestamp` and `time_detected` come back in local time with
 /// whole seconds, `ttl` in local time with milliseconds (null if the document has none). Every
 /// other member must be there with the type that toBson writes, or bsoncxx::v1::exception is
-/// thrown. An "_id" that is not hexadecimal gives unique_id 0.
+/// thrown. An "_id" that is not hexadecimal gives unique_id 0. As readDocument<model::message>, by
+/// which a query reads its documents, and those of the other records.
 model::message fromBsonUL(const bsoncxx::v1::document::view& document);
-
-/// As above, for the documents of one query, which share `times`. The other records are read with
-/// readDocument<Record>(document, times).
-model::message fromBsonUL(const bsoncxx::v1::document::view& document, local_times& times);
 
 } // namespace bson_utils

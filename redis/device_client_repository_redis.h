@@ -9,8 +9,8 @@ namespace redis {
 /// "dev:properties:" + device number) from Redis. Writes nothing: the keys are filled elsewhere.
 ///
 /// Borrows the connection. One thread at a time. Every operation blocks, one request per value.
-/// A reply that reports an error counts as an empty one; the client library's exceptions pass
-/// through unchanged.
+/// A reply with which the server refuses the command counts as an empty one; the client library's
+/// exceptions (no server, one that does not serve now, no such database) pass through unchanged.
 class DeviceClientRepositoryRedis final : public interfaces::IDeviceClientsRepository {
 public:
     /// Connects and tries the database out. Throws what a command throws when there is no

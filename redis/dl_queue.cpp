@@ -1,10 +1,7 @@
 #include "redis/dl_queue.h"
 
 #include "model/model_convertors.h"
-
-#include <QByteArray>
-#include <QJsonDocument>
-#include <QVariant>
+#include "redis/device_json.h"
 
 namespace redis {
 
@@ -18,33 +15,21 @@ QByteArray keyOf(int modem_id) {
 } // namespace
 
 dl_queue::dl_queue(const redis_conf& conf, const std::string& mongoUrl)
-    : m_connection(RedisClient::ConnectionConfig(conf.host, conf.auth, conf.port, conf.name)),
-      m_persistent(mongoUrl), m_db(conf.queue_db) {
-    m_connection.connect(true);
-    m_persistent.Create();
+    : m_connection(conf.connection()), m_persistent(mongoUrl), m_db(conf.queue_db) {
+    queues().open();
 }
 
 model::dl_queues dl_queue::Pull(int modem_id) {
-    const QVariant reply = m_connection.commandSync({"GET", keyOf(modem_id)}, m_db).getValue();
-    const QJsonObject json = reply.type() == QVariant::ByteArray
-                                 ? QJsonDocument::fromJson(reply.toByteArray()).object()
-                                 : m_persistent.Get(modem_id);
-    return model_convertors::fromJson<model::dl_queues>(json);
+    return model_convertors::fromJson<model::dl_queues>(queues().pull(keyOf(modem_id), modem_id));
 }
 
-bool dl_queue::Push(int modem_id, const model::dl_queues& queues, bool persist) {
-    const QJsonObject json = model_convertors::toJson(queues);
-    m_connection.commandSync(
-        {"SET", keyOf(modem_id), QJsonDocument{json}.toJson(QJsonDocument::Compact)}, m_db);
-    if (persist) {
-        m_persistent.Save(modem_id, json);
-    }
+bool dl_queue::Push(int modem_id, const model::dl_queues& record, bool persist) {
+    queues().push(keyOf(modem_id), modem_id, model_convertors::toJson(record), persist);
     return true;
 }
 
 bool dl_queue::Delete(int modem_id) {
-    m_connection.commandSync({"DEL", keyOf(modem_id)}, m_db);
-    m_persistent.Delete(modem_id);
+    queues().remove(keyOf(modem_id), modem_id);
     return true;
 }
 
@@ -53,6 +38,10 @@ bool dl_queue::DeleteDevices(const QList<int>& modem_ids) {
         Delete(modem_id);
     }
     return true;
+}
+
+device_json<mongo::dl_queue_persistent> dl_queue::queues() {
+    return {m_connection, m_db, m_persistent};
 }
 
 } // namespace redis

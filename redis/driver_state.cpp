@@ -1,8 +1,8 @@
 #include "redis/driver_state.h"
 
 #include "model/json/json_variant.h"
+#include "redis/device_json.h"
 
-#include <QJsonDocument>
 #include <QStringList>
 
 #include <type_traits>
@@ -40,10 +40,9 @@ QJsonValue toJsonValue(const std::variant<int, double, QByteArray>& value) {
 } // namespace
 
 DriverStateRedis::DriverStateRedis(const redis_conf& conf, const std::string& mongoUrl)
-    : m_connection(RedisClient::ConnectionConfig(conf.host, conf.auth, conf.port, conf.name)),
-      m_downlinkQueues(conf, mongoUrl), m_persistent(mongoUrl), m_db(conf.state_db) {
-    m_connection.connect(true);
-    m_persistent.Create();
+    : m_connection(conf.connection()), m_downlinkQueues(conf, mongoUrl), m_persistent(mongoUrl),
+      m_db(conf.state_db) {
+    states().open();
 }
 
 void DriverStateRedis::SetPrefix(const QString& prefix) {
@@ -55,26 +54,18 @@ const QString& DriverStateRedis::GetPrefix() {
 }
 
 bool DriverStateRedis::Pull(int modem_id) {
-    const QVariant reply = send({"GET", keyOf(modem_id)}).getValue();
-    m_states[modem_id] = reply.type() == QVariant::ByteArray
-                             ? QJsonDocument::fromJson(reply.toByteArray()).object()
-                             : m_persistent.Get(modem_id);
+    m_states[modem_id] = states().pull(keyOf(modem_id), modem_id);
     return true;
 }
 
 bool DriverStateRedis::Push(int modem_id, bool persist) {
-    const QJsonObject& state = m_states[modem_id];
-    send({"SET", keyOf(modem_id), QJsonDocument{state}.toJson(QJsonDocument::Compact)});
-    if (persist) {
-        m_persistent.Save(modem_id, state);
-    }
+    states().push(keyOf(modem_id), modem_id, m_states[modem_id], persist);
     return true;
 }
 
 bool DriverStateRedis::Delete(int modem_id) {
     // Deliberate: the working copy stays until the next Pull.
-    send({"DEL", keyOf(modem_id)});
-    m_persistent.Delete(modem_id);
+    states().remove(keyOf(modem_id), modem_id);
     return true;
 }
 
@@ -149,7 +140,7 @@ bool DriverStateRedis::DeleteDevices(const QList<int>& modem_ids, const QDateTim
 
 std::shared_ptr<QHash<int, QJsonObject>> DriverStateRedis::GetAllStates(const QString& first,
                                                                         const QString& second) {
-    auto states = std::make_shared<QHash<int, QJsonObject>>();
+    auto found = std::make_shared<QHash<int, QJsonObject>>();
     const QList<QVariant> ids = GetIDs(first, second);
     QList<QByteArray> command{"MGET"};
     for (const QVariant& id : ids) {
@@ -160,14 +151,18 @@ std::shared_ptr<QHash<int, QJsonObject>> DriverStateRedis::GetAllStates(const QS
     for (int i = 0; i < ids.size(); ++i) {
         const QVariant reply = replies.value(i);
         if (reply.type() == QVariant::ByteArray) {
-            states->insert(ids[i].toInt(), QJsonDocument::fromJson(reply.toByteArray()).object());
+            found->insert(ids[i].toInt(), objectOf(reply.toByteArray()));
         }
     }
-    return states;
+    return found;
 }
 
 interfaces::IDriverDLqueue* DriverStateRedis::DLqueue() {
     return &m_downlinkQueues;
+}
+
+device_json<mongo::driver_state_persistent> DriverStateRedis::states() {
+    return {m_connection, m_db, m_persistent};
 }
 
 RedisClient::Response DriverStateRedis::send(const QList<QByteArray>& command) {

@@ -10,6 +10,9 @@
 
 namespace redis {
 
+template <typename Durable>
+struct device_json;
+
 /// The key/value state of each device: a working copy in memory, JSON in Redis under
 /// PREFIX:DEVICE, and an optional durable copy in MongoDB.
 ///
@@ -18,8 +21,10 @@ namespace redis {
 ///
 /// Owns its Redis connection, the durable store and the downlink queues (which have a connection
 /// and a store of their own). One thread at a time. Pull, Push, Delete, DeleteDevices, GetIDs and
-/// GetAllStates block. Replies that report an error are not examined; the client libraries'
-/// exceptions pass through unchanged.
+/// GetAllStates block. Replies with which Redis refuses a command are not examined; the client
+/// libraries' exceptions pass through unchanged, that of a Redis that is not there, does not serve
+/// now or has no such database (RedisClient::Connection::Exception) before anything went to MongoDB
+/// or changed in memory.
 class DriverStateRedis : public interfaces::IDriverState {
 public:
     /// Connects to Redis (whether that works shows at the first command) and lays the durable
@@ -53,6 +58,7 @@ public:
     interfaces::IDriverDLqueue* DLqueue() override;
 
 private:
+    device_json<mongo::driver_state_persistent> states();
     RedisClient::Response send(const QList<QByteArray>& command);
     QByteArray keyOf(int modem_id) const;
 

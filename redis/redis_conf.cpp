@@ -1,21 +1,19 @@
 #include "redis/redis_conf.h"
 
-redis_conf redis_conf_from_json(const QJsonObject& settings) {
-    const auto text = [&](QLatin1String key, const QString& fallback = QString()) {
-        return settings.value(key).toString(fallback);
-    };
-    const auto number = [&](QLatin1String key, int fallback) {
-        return settings.value(key).toInt(fallback);
-    };
+RedisClient::Connection redis_conf::connection() const {
+    return RedisClient::Connection(RedisClient::ConnectionConfig(host, auth, port, name));
+}
 
+redis_conf redis_conf_from_json(const QJsonObject& settings) {
     redis_conf conf;
-    conf.host = text(QLatin1String("host"), QStringLiteral("127.0.0.1"));
-    conf.auth = text(QLatin1String("auth"));
-    conf.name = text(QLatin1String("name"));
-    conf.port = number(QLatin1String("port"), 6379);
+    const auto read = [&](const char* key) { return settings.value(QLatin1String(key)); };
+    conf.host = read("host").toString(conf.host);
+    conf.auth = read("auth").toString();
+    conf.name = read("name").toString();
+    conf.port = read("port").toInt(conf.port);
     // Deliberate: the key is spelled so; hosts' settings files rely on it.
-    conf.client_db = number(QLatin1String("cleint_db"), 2);
-    conf.state_db = number(QLatin1String("state_db"), 0);
-    conf.queue_db = number(QLatin1String("queue_db"), 7);
+    conf.client_db = read("cleint_db").toInt(conf.client_db);
+    conf.state_db = read("state_db").toInt(conf.state_db);
+    conf.queue_db = read("queue_db").toInt(conf.queue_db);
     return conf;
 }

@@ -16,7 +16,7 @@ namespace RedisClient {
 class Command {
 public:
     Command() = default;
-    /// A negative `db` means the database that the connection used last.
+    /// A negative `db` means the database of the last command.
     explicit Command(QList<QByteArray> parts, int db = -1) : m_parts(std::move(parts)), m_db(db) {}
 
     const QList<QByteArray>& parts() const { return m_parts; }

@@ -1,51 +1,33 @@
 #include "redisclient/connection.h"
 
-#include "redisclient/command.h"
 #include "redisclient/session.h"
 
 #include <algorithm>
 #include <chrono>
 #include <exception>
-#include <optional>
 #include <utility>
 
 namespace RedisClient {
 
-namespace {
-
-/// The refusal, or nothing once `db` is what the session uses.
-std::optional<Response> select(Session& session, int db, Clock::time_point deadline) {
-    if (session.database() == db) {
-        return std::nullopt;
-    }
-    Response response = session.roundTrip({"SELECT", QByteArray::number(db)}, deadline);
-    if (response.isErrorMessage()) {
-        return response;
-    }
-    if (response.type() != Response::Status) {
-        throw SessionError(SessionError::Kind::answerLost, "SELECT got no answer of its kind");
-    }
-    return std::nullopt;
-}
-
-} // namespace
-
-Connection::Connection(ConnectionConfig config, bool autoConnect)
-    : m_config(std::move(config)), m_autoConnect(autoConnect) {}
+Connection::Connection(ConnectionConfig config) : m_config(std::move(config)) {}
 
 Connection::~Connection() = default;
-Connection::Connection(Connection&& other) noexcept = default;
-Connection& Connection::operator=(Connection&& other) noexcept = default;
 
-bool Connection::connect(bool wait) {
-    if (isConnected()) {
+bool Connection::connect(bool /*wait*/) {
+    m_waitedInVainUntil.reset();
+    const auto start = Clock::now();
+    if (isConnected() || open()) {
         return true;
     }
+    const auto end = Clock::now();
+    if (end - start >= std::chrono::milliseconds(m_config.connectTimeoutMsecs())) {
+        m_waitedInVainUntil = end;
+    }
+    return false;
+}
+
+bool Connection::open() {
     disconnect();
-    if (!wait) {
-        m_connectRequested = true;
-        return true;
-    }
     try {
         m_session = std::make_unique<Session>(m_config);
         return true;
@@ -61,49 +43,37 @@ bool Connection::isConnected() const noexcept {
 
 void Connection::disconnect() noexcept {
     m_session.reset();
-    m_connectRequested = false;
 }
 
 Response Connection::commandSync(const QList<QByteArray>& parts, int db) {
-    return commandSync(Command(parts, db));
-}
-
-Response Connection::commandSync(const Command& command) {
-    if (command.parts().isEmpty()) {
+    if (parts.isEmpty()) {
         // The server would not answer it at all.
         throw exception("(no command)", "a command needs at least a name");
     }
-    const QByteArray& name = command.parts().first();
-    const int db = command.db() < 0 ? m_db : command.db();
-    bool mayConnect = m_autoConnect || m_connectRequested;
-    for (;;) {
-        if (!isConnected()) {
-            if (m_session) {
-                m_lastFailure = "the server closed the connection";
-            }
-            disconnect();
-            if (!std::exchange(mayConnect, false) || !connect()) {
-                throw exception(name, "not connected: " + m_lastFailure);
-            }
+    if (db < 0) {
+        db = m_db;
+    }
+    const auto waited = std::exchange(m_waitedInVainUntil, std::nullopt);
+    for (bool mayConnect = !waited || Clock::now() - *waited > std::chrono::seconds(1);;) {
+        if (!isConnected() && (!std::exchange(mayConnect, false) || !open())) {
+            throw exception(parts.first(), "not connected: " + m_lastFailure);
         }
         const auto deadline =
             Clock::now() + std::chrono::milliseconds(m_config.commandTimeoutMsecs());
         bool selected = false;
         try {
-            if (auto refusal = select(*m_session, db, deadline)) {
-                return *std::move(refusal);
-            }
+            m_session->select(db, deadline);
             selected = true;
-            Response response = m_session->roundTrip(command.parts(), deadline);
-            m_db = m_session->database().value_or(db);
+            Response response = m_session->roundTrip(parts, deadline);
+            m_db = db;
             return response;
         } catch (const SessionError& error) {
             disconnect();
             m_lastFailure = error.what();
-            const bool written = selected && error.kind() != SessionError::Kind::notWritten;
-            const bool timedOut = error.kind() == SessionError::Kind::timedOut;
-            if (written || timedOut || !mayConnect) {
-                throw exception(name, m_lastFailure);
+            const bool unsent = error.kind() == SessionError::Kind::notWritten ||
+                                (error.kind() == SessionError::Kind::answerLost && !selected);
+            if (!unsent) {
+                throw exception(parts.first(), m_lastFailure);
             }
         }
     }

@@ -18,8 +18,7 @@ public:
     /// `host` is a name or an IPv4 or IPv6 address (without brackets). `auth` is the password, sent
     /// as UTF-8; empty means that none is sent. `name` is what CLIENT LIST shows for the
     /// connection; empty means none.
-    explicit ConnectionConfig(QString host = QStringLiteral("127.0.0.1"),
-                              const QString& auth = QString(), int port = defaultPort,
+    explicit ConnectionConfig(QString host, const QString& auth = QString(), int port = defaultPort,
                               QString name = QString());
 
     const QString& host() const { return m_host; }
@@ -30,12 +29,9 @@ public:
     int connectTimeoutMsecs() const { return m_connectTimeoutMsecs; }
     int commandTimeoutMsecs() const { return m_commandTimeoutMsecs; }
 
-    /// For a password that is not text in UTF-8.
-    void setAuthBytes(QByteArray auth);
-
-    /// How long connecting (with everything that is said then) and a command (from its first byte
-    /// to the last one of the answer) may take. Throws std::invalid_argument unless both are
-    /// positive.
+    /// How long connecting (with everything that is said then, but without the look-up of the host
+    /// name, which has the system resolver's limits) and a command (from its first byte to the last
+    /// one of the answer) may take. Throws std::invalid_argument unless both are positive.
     void setTimeouts(int connectTimeoutMsecs, int commandTimeoutMsecs);
 
 private:

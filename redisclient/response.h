@@ -4,6 +4,8 @@
 #include <QMetaType>
 #include <QVariant>
 
+#include <utility>
+
 namespace RedisClient {
 
 /// The server's answer to one command.
@@ -23,9 +25,13 @@ public:
 
     Response() = default;
     /// `value` must be what the list above says for `type`.
-    Response(Type type, QVariant value);
+    Response(Type type, QVariant value) : m_type(type), m_value(std::move(value)) {}
     /// `message` is the server's text, beginning with its code: "WRONGTYPE Operation against …".
-    static Response error(QByteArray message);
+    static Response error(QByteArray message) {
+        Response response(Error, QVariant());
+        response.m_errorMessage = std::move(message);
+        return response;
+    }
 
     Type type() const { return m_type; }
     bool isErrorMessage() const { return m_type == Error; }

@@ -15,6 +15,7 @@ extern "C" {
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <cstring>
 #include <new>
@@ -41,8 +42,6 @@ QByteArray bytes(const redisReply& reply) {
     return {reply.str, static_cast<int>(reply.len)};
 }
 
-/// Types that only exist in the protocol's third version are given as what the second version
-/// sends in their place.
 Response toResponse(const redisReply& reply) {
     switch (reply.type) {
     case REDIS_REPLY_STATUS:
@@ -50,17 +49,12 @@ Response toResponse(const redisReply& reply) {
     case REDIS_REPLY_ERROR:
         return Response::error(bytes(reply));
     case REDIS_REPLY_INTEGER:
-    case REDIS_REPLY_BOOL:
         return {Response::Integer, static_cast<qlonglong>(reply.integer)};
     case REDIS_REPLY_STRING:
-    case REDIS_REPLY_VERB:
-    case REDIS_REPLY_DOUBLE:
-    case REDIS_REPLY_BIGNUM:
         return {Response::Bulk, bytes(reply)};
-    case REDIS_REPLY_ARRAY:
-    case REDIS_REPLY_SET:
-    case REDIS_REPLY_MAP:
-    case REDIS_REPLY_PUSH: {
+    case REDIS_REPLY_NIL:
+        return {Response::Nil, QVariant()};
+    case REDIS_REPLY_ARRAY: {
         QVariantList list;
         list.reserve(static_cast<int>(reply.elements));
         std::for_each_n(reply.element, reply.elements, [&list](const redisReply* element) {
@@ -69,20 +63,35 @@ Response toResponse(const redisReply& reply) {
         return {Response::MultiBulk, list};
     }
     default:
-        return {Response::Nil, QVariant()};
+        throw SessionError(SessionError::Kind::answerLost,
+                           "the answer is in a version of the protocol that was not asked for");
     }
 }
 
-/// A server that is busy loading its data or the like lets a client in and says so to its commands.
-/// The other refusals mean that there will be no conversation at all, and any other answer is not
-/// that of a Redis server.
+bool isError(const Response& response, const char* code) {
+    return response.isErrorMessage() && response.errorMessage().split(' ').first() == code;
+}
+
+/// The server answers but for the moment does nothing that it is asked, neither reading nor
+/// writing. Not so OOM, MISCONF, READONLY and NOREPLICAS, with which it refuses to write and reads
+/// on.
+bool doesNotServeNow(const Response& response) {
+    static constexpr std::array codes{
+        "LOADING",     // reads its data back, after a start or from the server that it copies
+        "MASTERDOWN",  // lost the server that it copies, and must not serve what is out of date
+        "BUSY",        // runs a script that does not end
+        "CLUSTERDOWN", // the cluster does not cover the key, or is down
+        "TRYAGAIN",    // the keys are on their way from one server of the cluster to another
+    };
+    return std::ranges::any_of(codes, [&](const char* code) { return isError(response, code); });
+}
+
+/// Whoever may not say PING, or cannot have what he writes kept, has a server before him all the
+/// same. The other refusals (a password, too many clients, a protected server) mean that there will
+/// be no conversation, and any other answer is not that of a Redis server.
 bool letsIn(const Response& response) {
-    static constexpr std::array keepOut{"ERR", "NOAUTH", "DENIED"};
-    if (!response.isErrorMessage()) {
-        return response.getValue() == QByteArray("PONG");
-    }
-    return std::ranges::none_of(
-        keepOut, [&](const char* code) { return response.errorMessage().startsWith(code); });
+    return response.getValue() == QByteArray("PONG") || isError(response, "NOPERM") ||
+           isError(response, "MISCONF");
 }
 
 std::string refusalText(const Response& response) {
@@ -120,8 +129,9 @@ void Session::ContextDeleter::operator()(redisContext* context) const noexcept {
 }
 
 Session::Session(const ConnectionConfig& config) {
+    const AddressList addresses = resolve(config.host(), config.port());
     const auto deadline = Clock::now() + std::chrono::milliseconds(config.connectTimeoutMsecs());
-    TcpSocket socket = connectTcp(config.host(), config.port(), deadline);
+    TcpSocket socket = connectTcp(addresses, deadline);
     m_context.reset(::redisConnectFd(socket.fd()));
     if (!m_context) {
         throw std::bad_alloc();
@@ -143,6 +153,8 @@ Session::Session(const ConnectionConfig& config) {
     m_context->privdata = this;
     m_context->reader->fn = &replyFunctions;
     m_context->reader->privdata = this;
+    ::redisSetPushCallback(m_context.get(),
+                           nullptr); // which would pass over what was not asked for
 
     introduce(config, deadline);
 }
@@ -162,11 +174,10 @@ void Session::introduce(const ConnectionConfig& config, Clock::time_point deadli
         if (response.getValue() != QByteArray("OK")) {
             throw std::runtime_error("AUTH: " + refusalText(response));
         }
-    } else {
-        const Response response = say({"PING"});
-        if (!letsIn(response)) {
-            throw std::runtime_error("PING: " + refusalText(response));
-        }
+    }
+    // Not the password: a server takes that also while it does not serve.
+    if (const Response response = say({"PING"}); !letsIn(response)) {
+        throw std::runtime_error("PING: " + refusalText(response));
     }
     if (!config.name().isEmpty()) {
         say({"CLIENT", "SETNAME", config.name().toUtf8()});
@@ -178,11 +189,15 @@ bool Session::hasUnreadAnswer() const noexcept {
 }
 
 bool Session::isUsable() const noexcept {
-    if (m_context->err != 0 || hasUnreadAnswer()) {
+    if (hasUnreadAnswer()) {
         return false;
     }
-    pollfd watched{.fd = m_context->fd, .events = POLLIN | POLLRDHUP, .revents = 0};
-    return ::poll(&watched, 1, 0) == 0;
+    pollfd watched{.fd = m_context->fd, .events = POLLIN, .revents = 0};
+    int count = 0;
+    do {
+        count = ::poll(&watched, 1, 0);
+    } while (count < 0 && errno == EINTR);
+    return count == 0;
 }
 
 Response Session::roundTrip(const QList<QByteArray>& parts, Clock::time_point deadline) {
@@ -201,7 +216,6 @@ Response Session::roundTrip(const QList<QByteArray>& parts, Clock::time_point de
     m_written = false;
     m_receivedBytes = 0;
     m_receivedElements = 0;
-    m_refusal = nullptr;
 
     if (::redisAppendCommandArgv(m_context.get(), parts.size(), starts.data(), sizes.data()) !=
         REDIS_OK) {
@@ -215,8 +229,26 @@ Response Session::roundTrip(const QList<QByteArray>& parts, Clock::time_point de
     }
     releaseRoom(*m_context->reader);
     Response response = toResponse(*reply);
+    if (doesNotServeNow(response)) {
+        throw SessionError(SessionError::Kind::refused, response.errorMessage().toStdString());
+    }
     trackDatabase(parts, response);
     return response;
+}
+
+void Session::select(int db, Clock::time_point deadline) {
+    if (m_database == db) {
+        return;
+    }
+    const Response response = roundTrip({"SELECT", QByteArray::number(db)}, deadline);
+    if (response.isErrorMessage()) {
+        throw SessionError(SessionError::Kind::refused,
+                           "database " + std::to_string(db) +
+                               " cannot be selected: " + response.errorMessage().toStdString());
+    }
+    if (response.type() != Response::Status) {
+        throw SessionError(SessionError::Kind::answerLost, "SELECT got no answer of its kind");
+    }
 }
 
 void Session::trackDatabase(const QList<QByteArray>& parts, const Response& response) {
@@ -263,8 +295,23 @@ ssize_t Session::send(redisContext* context) {
     return static_cast<ssize_t>(sent);
 }
 
+/// How long the answer is, as far as that is known: what has come of it, and if hiredis is waiting
+/// for the rest of a text, that text to its end. Its length stands at the reader's position then.
+std::size_t Session::answerBytes() const noexcept {
+    const redisReader& reader = *m_context->reader;
+    if (reader.ridx < 0 || reader.task[reader.ridx]->type != REDIS_REPLY_STRING) {
+        return m_receivedBytes;
+    }
+    std::size_t length = 0; // stays so if there is no number yet, or one that hiredis refuses
+    std::from_chars(reader.buf + reader.pos, reader.buf + reader.len, length);
+    return std::max(m_receivedBytes, m_receivedBytes - (reader.len - reader.pos) + length);
+}
+
 ssize_t Session::receive(redisContext* context, char* buffer, std::size_t capacity) {
     auto& self = *static_cast<Session*>(context->privdata);
+    if (self.answerBytes() > maxReplyBytes) {
+        return self.fail(REDIS_ERR_OTHER, "the answer is longer than 1 GiB");
+    }
     for (;;) {
         const ssize_t count = ::recv(context->fd, buffer, capacity, 0);
         const int error = errno;
@@ -273,9 +320,6 @@ ssize_t Session::receive(redisContext* context, char* buffer, std::size_t capaci
         }
         if (count > 0) {
             self.m_receivedBytes += static_cast<std::size_t>(count);
-            if (self.m_receivedBytes > maxReplyBytes) {
-                return self.fail(REDIS_ERR_OTHER, "the answer is longer than 1 GiB");
-            }
             // A peer that never stops sending must not get past the deadline either.
             if (Clock::now() >= self.m_deadline) {
                 return self.fail(REDIS_ERR_TIMEOUT, "timed out reading the answer");

@@ -27,6 +27,7 @@ public:
     enum class Kind {
         notWritten, ///< the connection broke before a byte of the command was accepted for sending
         answerLost, ///< the connection broke, or what came was no answer
+        refused,    ///< the server does not serve now, or not this database
         timedOut,
     };
 
@@ -46,9 +47,9 @@ private:
 /// Owns the socket. One thread at a time. After a SessionError the object can only be destroyed.
 class Session {
 public:
-    /// Connects, sends the password and the name, and waits for the answers. Throws
-    /// std::runtime_error (also SessionError) when the server cannot be reached or refuses the
-    /// password. A refused name is no failure: it is only a label.
+    /// Connects, sends the password, makes sure that the server serves, and names the connection.
+    /// Throws std::runtime_error (also SessionError) when the server cannot be reached, refuses the
+    /// password or does not serve now. A refused name is no failure: it is only a label.
     explicit Session(const ConnectionConfig& config);
     ~Session();
     Session(const Session&) = delete;
@@ -62,8 +63,8 @@ public:
     /// at the longest. Throws SessionError.
     Response roundTrip(const QList<QByteArray>& parts, Clock::time_point deadline);
 
-    /// The database that the server uses for this session; none when that is not certain.
-    std::optional<int> database() const { return m_database; }
+    /// Makes sure that the server uses database `db`. Throws SessionError like roundTrip().
+    void select(int db, Clock::time_point deadline);
 
 private:
     struct ContextDeleter {
@@ -76,6 +77,7 @@ private:
     static void* createArray(const redisReadTask* task, std::size_t elements);
 
     bool hasUnreadAnswer() const noexcept;
+    std::size_t answerBytes() const noexcept;
     void introduce(const ConnectionConfig& config, Clock::time_point deadline);
     void trackDatabase(const QList<QByteArray>& parts, const Response& response);
     ssize_t fail(int hiredisError, const char* cause) noexcept;
@@ -83,14 +85,15 @@ private:
 
     std::unique_ptr<redisContext, ContextDeleter> m_context;
     void* (*m_createArray)(const redisReadTask*, std::size_t) = nullptr;
-    std::optional<int> m_database = 0;
+    std::optional<int> m_database = 0; ///< none when that is not certain
 
     // Of the current command:
     Clock::time_point m_deadline;
     bool m_written = false;
     std::size_t m_receivedBytes = 0;
     std::size_t m_receivedElements = 0;
-    const char* m_refusal = nullptr;
+
+    const char* m_refusal = nullptr; ///< of what hiredis was told to give up
 };
 
 } // namespace RedisClient

@@ -13,7 +13,6 @@
 #include <cerrno>
 #include <climits>
 #include <iterator>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -23,34 +22,8 @@ namespace RedisClient {
 
 namespace {
 
-struct AddressListDeleter {
-    void operator()(addrinfo* list) const noexcept { ::freeaddrinfo(list); }
-};
-using AddressList = std::unique_ptr<addrinfo, AddressListDeleter>;
-
 std::string errorText(int error) {
     return std::generic_category().message(error);
-}
-
-AddressList resolve(const QString& host, int port) {
-    if (host.isEmpty() || host.contains(QChar::Null)) {
-        throw std::runtime_error("the host name is empty or has a zero character in it");
-    }
-    if (port < 1 || port > 65535) {
-        throw std::runtime_error("there is no port " + std::to_string(port));
-    }
-    addrinfo hints{};
-    hints.ai_family = AF_UNSPEC;
-    hints.ai_socktype = SOCK_STREAM;
-    hints.ai_flags = AI_NUMERICSERV;
-    addrinfo* list = nullptr;
-    const int status =
-        ::getaddrinfo(host.toUtf8().constData(), std::to_string(port).c_str(), &hints, &list);
-    if (status != 0) {
-        const std::string cause = status == EAI_SYSTEM ? errorText(errno) : gai_strerror(status);
-        throw std::runtime_error("resolving the host name: " + cause);
-    }
-    return AddressList(list);
 }
 
 void setOption(const TcpSocket& socket, int level, int option, int value) {
@@ -124,8 +97,32 @@ int TcpSocket::release() noexcept {
     return std::exchange(m_fd, -1);
 }
 
-TcpSocket connectTcp(const QString& host, int port, Clock::time_point deadline) {
-    const AddressList addresses = resolve(host, port);
+void AddressListDeleter::operator()(addrinfo* list) const noexcept {
+    ::freeaddrinfo(list);
+}
+
+AddressList resolve(const QString& host, int port) {
+    if (host.isEmpty() || host.contains(QChar::Null)) {
+        throw std::runtime_error("the host name is empty or has a zero character in it");
+    }
+    if (port < 1 || port > 65535) {
+        throw std::runtime_error("there is no port " + std::to_string(port));
+    }
+    addrinfo hints{};
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_flags = AI_NUMERICSERV;
+    addrinfo* list = nullptr;
+    const int status =
+        ::getaddrinfo(host.toUtf8().constData(), std::to_string(port).c_str(), &hints, &list);
+    if (status != 0) {
+        const std::string cause = status == EAI_SYSTEM ? errorText(errno) : gai_strerror(status);
+        throw std::runtime_error("resolving the host name: " + cause);
+    }
+    return AddressList(list);
+}
+
+TcpSocket connectTcp(const AddressList& addresses, Clock::time_point deadline) {
     int remaining = 0;
     for (const addrinfo* address = addresses.get(); address; address = address->ai_next) {
         ++remaining;

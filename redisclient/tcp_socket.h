@@ -3,6 +3,9 @@
 #include <QString>
 
 #include <chrono>
+#include <memory>
+
+struct addrinfo;
 
 namespace RedisClient {
 
@@ -27,10 +30,19 @@ private:
     int m_fd = -1;
 };
 
-/// A connected socket that does not block, sends without delay, probes an idle peer and is not
-/// inherited by child processes. Every address of the host is tried in turn, each with an equal
+struct AddressListDeleter {
+    void operator()(addrinfo* list) const noexcept;
+};
+using AddressList = std::unique_ptr<addrinfo, AddressListDeleter>;
+
+/// The addresses of a host, with the port; at least one. Takes as long as the system's resolver
+/// does. Throws std::runtime_error with the cause.
+AddressList resolve(const QString& host, int port);
+
+/// A connected socket that does not block, sends without delay, probes an idle peer and is closed
+/// in a child process that runs another program. Every address is tried in turn, each with an equal
 /// share of the time left. Throws std::runtime_error with the cause.
-TcpSocket connectTcp(const QString& host, int port, Clock::time_point deadline);
+TcpSocket connectTcp(const AddressList& addresses, Clock::time_point deadline);
 
 enum class Readiness { ready, timedOut, failed };
 

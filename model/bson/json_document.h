@@ -1,13 +1,26 @@
 #pragma once
 
+#include <bsoncxx/v1/array/value.hpp>
 #include <bsoncxx/v1/document/value.hpp>
 
+#include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 
 #include <optional>
 
-/// JSON documents as BSON with the types that libbson's extended-JSON reader gives them.
+/// JSON as BSON.
 namespace bson_utils {
+
+/// Member by member: every number becomes a double, nulls are left out.
+bsoncxx::v1::document::value toBson(const QJsonObject& json);
+
+/// Element by element, as for an object: a null is left out and later elements move down.
+bsoncxx::v1::array::value toBson(const QJsonArray& json);
+
+/// With the types that libbson's extended-JSON reader gives: an ordinary document the direct way,
+/// any other by way of its text. Throws as writeText.
+bsoncxx::v1::document::value toBson(const QJsonDocument& json);
 
 /// The result of writeText for an ordinary document, without making its text; otherwise nothing.
 ///

@@ -3,10 +3,11 @@
 #include "interfaces/idriver_dl_queue.h"
 #include "interfaces/idriver_state.h"
 #include "tests/contract/loaded_plugin.h"
-#include "tests/redisclient/redis_server.h"
 #include "tests/support/mongo_database.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
+#include "tests/support/redis_server.h"
+#include "tests/support/system_calls.h"
 
 #include <gmock/gmock.h>
 
@@ -42,7 +43,7 @@ protected:
         return redis;
     }
 
-    testing_support::RedisServer server;
+    test_support::RedisServer server;
     LoadedPlugin plugin;
 };
 
@@ -101,6 +102,16 @@ TEST_F(PluginRedisSettings, WrongPasswordReachesTheHostAsAnException) {
     EXPECT_THAT(failureOf([&] { state(redis)->Pull(17); }), HasSubstr("WRONGPASS"));
 }
 
+TEST_F(PluginRedisSettings, DatabaseThatTheServerDoesNotHaveReachesTheHostAsAnException) {
+    const QJsonObject redis = with({{"cleint_db"_q, 97}, {"state_db"_q, 98}, {"queue_db"_q, 99}});
+    const auto state = this->state(redis);
+
+    EXPECT_THAT(failureOf([&] { clients(redis); }), HasSubstr("database 97 cannot be selected"));
+    EXPECT_THAT(failureOf([&] { state->Pull(17); }), HasSubstr("database 98 cannot be selected"));
+    EXPECT_THAT(failureOf([&] { state->DLqueue()->Pull(17); }),
+                HasSubstr("database 99 cannot be selected"));
+}
+
 TEST_F(PluginRedisSettings, MistypedHostAndDatabaseAreTheDefaults) {
     const auto clients =
         this->clients(with({{"cleint_db"_q, "11"_q}, {"name"_q, "kelvro-h"_q}, {"host"_q, 127}}));
@@ -122,22 +133,21 @@ TEST_F(PluginRedisSettings, ValuesGoThroughBothServersAndBack) {
     EXPECT_EQ(database.count("states", R"({"_id": 17, "state.n": 5})"), 1);
 }
 
-// Redis may or may not be there on this machine, at its usual place; either way it is asked.
+// Whoever asks for the usual port is led to the test's server.
 class PluginWithoutRedisSettings : public testing::Test {
 protected:
-    void expectClientsOfTheUsualPlace(const QJsonObject& settings) {
-        RedisClient::Connection usual(RedisClient::ConnectionConfig{});
-        const bool isThere = usual.connect();
-        const std::string failure =
-            failureOf([&] { plugin.factory()->CreateClientDatabaseInst(settings, nullptr); });
+    PluginWithoutRedisSettings() { server.run({"SADD", "dev:clients:17", "north"}, 2); }
 
-        if (isThere) {
-            EXPECT_EQ(failure, "");
-        } else {
-            EXPECT_THAT(failure, HasSubstr("127.0.0.1:6379"));
-        }
+    void expectClientsOfTheUsualPlace(const QJsonObject& settings) {
+        const test_support::RedirectedPort usual(6379, server.port());
+        const auto clients = plugin.factory()->CreateClientDatabaseInst(settings, nullptr);
+
+        EXPECT_THAT(usual.asked(), ElementsAre("127.0.0.1"));
+        EXPECT_THAT(clients->DeviceClientsRepository()->GetDeviceClients(17),
+                    ElementsAre("north"_q));
     }
 
+    test_support::RedisServer server;
     LoadedPlugin plugin;
 };
 

@@ -1,17 +1,16 @@
 #include "redis/device_client_database_redis.h"
 
-#include "tests/redis/recording_proxy.h"
 #include "tests/redis/scripted_replies.h"
-#include "tests/redisclient/eventually.h"
-#include "tests/redisclient/redis_server.h"
+#include "tests/support/eventually.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
+#include "tests/support/redis_proxy.h"
+#include "tests/support/redis_server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/socket.h>
-
+#include <chrono>
 #include <string>
 #include <type_traits>
 
@@ -19,12 +18,12 @@ namespace {
 
 using redis::DeviceClientDatabaseRedis;
 using RedisClient::Connection;
+using test_support::ScriptedReplies;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
-using testing_support::ScriptedReplies;
 using namespace test_support::literals;
 
 using device_info = std::pair<QString, QString>;
@@ -38,10 +37,20 @@ redis_conf confOf(int port) {
     return conf;
 }
 
+std::string failureOfConstruction(const redis_conf& conf) {
+    try {
+        const DeviceClientDatabaseRedis clients{conf};
+    } catch (const Connection::Exception& exception) {
+        return exception.what();
+    }
+    ADD_FAILURE() << "it was constructed";
+    return {};
+}
+
 class DeviceClientServer : public testing::Test {
 protected:
-    testing_support::RedisServer server;
-    testing_support::RecordingProxy proxy{server.port()};
+    test_support::RedisServer server;
+    test_support::RedisProxy proxy{server.port()};
 };
 
 class DeviceClients : public DeviceClientServer {
@@ -84,7 +93,7 @@ TEST_F(DeviceClientServer, IsLeftWithTheEndOfTheObject) {
         EXPECT_EQ(server.clientField("kelvro-h", "db"), "2");
     }
 
-    EXPECT_TRUE(testing_support::eventually(
+    EXPECT_TRUE(test_support::eventually(
         [this] { return server.clientField("kelvro-h", "db").isEmpty(); }));
 }
 
@@ -305,25 +314,52 @@ TEST_F(DeviceClients, WrongOrMissingPasswordIsRefusedByTheConstructor) {
 
 // The connecting itself is not looked at; the command after it fails.
 TEST_F(DeviceClients, UnreachableServerIsReportedByTheConstructorsCommand) {
-    const int port = testing_support::TestSocket::listenOn(AF_INET, 1).port(); // closed at once
-    std::string text;
-    try {
-        const DeviceClientDatabaseRedis unreachable{confOf(port)};
-    } catch (const Connection::Exception& exception) {
-        text = exception.what();
-    }
+    const int port = test_support::TestSocket::unusedPort();
+    const std::string text = failureOfConstruction(confOf(port));
 
     EXPECT_THAT(text, HasSubstr("127.0.0.1:" + std::to_string(port)));
     EXPECT_THAT(text, HasSubstr("DBSIZE"));
 }
 
-TEST_F(DeviceClients, OfADatabaseThatTheServerDoesNotHaveAreNone) {
+TEST_F(DeviceClients, DatabaseThatTheServerDoesNotHaveIsNamedByTheConstructor) {
     redis_conf conf = confOf(server.port());
     conf.client_db = 99;
-    DeviceClientDatabaseRedis refused{conf};
 
-    EXPECT_THAT(refused.DeviceClientsRepository()->GetDeviceClients(17), IsEmpty());
-    EXPECT_EQ(refused.DeviceClientsRepository()->GetDeviceInfo(17), device_info());
+    EXPECT_THAT(failureOfConstruction(conf),
+                HasSubstr("DBSIZE: database 99 cannot be selected: ERR DB index is out of range"));
+}
+
+TEST_F(DeviceClients, ServerThatReadsItsDataBackIsNotThere) {
+    server.run(
+        {"EVAL", "for i = 1, 500 do redis.call('SET', 'o' .. i, string.rep('x', 200)) end", "0"});
+    addClients("dev:clients:17", {"north"});
+    server.run({"SAVE"});
+    server.kill();
+    server.startLoading(std::chrono::milliseconds(2));
+
+    EXPECT_THAT(failureOfConstruction(confOf(server.port())), HasSubstr("LOADING"));
+    EXPECT_THROW(repository.GetDeviceClients(17), Connection::Exception);
+    EXPECT_THROW(repository.GetDeviceInfo(17), Connection::Exception);
+}
+
+TEST_F(DeviceClients, HostIsTakenFromTheSettings) {
+    test_support::RedisServer elsewhere({}, "127.0.0.2"_q);
+    elsewhere.run({"SADD", "dev:clients:17", "north"}, 2);
+    redis_conf conf = confOf(elsewhere.port());
+    conf.host = "127.0.0.2"_q;
+
+    EXPECT_THAT(DeviceClientDatabaseRedis{conf}.DeviceClientsRepository()->GetDeviceClients(17),
+                ElementsAre("north"_q));
+}
+
+// Connecting takes the whole five seconds then.
+TEST(UnreachableDeviceClients, AreTriedForOnceByTheConstructor) {
+    const test_support::FakePeer mute(
+        [](test_support::TestSocket& client, int) { client.waitForClosing(); });
+
+    EXPECT_THAT(failureOfConstruction(confOf(mute.port())),
+                HasSubstr("DBSIZE: not connected: PING: timed out"));
+    EXPECT_EQ(mute.connections(), 1);
 }
 
 TEST_F(DeviceClients, AreNoneWhenTheServerRefuses) {

@@ -8,8 +8,6 @@
 
 #include <QJsonArray>
 
-#include <sys/socket.h>
-
 #include <optional>
 #include <string>
 
@@ -378,7 +376,7 @@ TEST_F(DownlinkQueue, AMebibyteOfElementsComesBackFromEitherCopy) {
 TEST_F(DownlinkQueue, PullsTheDurableCopyAfterAnyOtherReply) {
     database.insert("dl_queues", sampleDocument);
     for (const char* reply : {"-ERR no\r\n", "$-1\r\n", ":5\r\n", "*1\r\n$2\r\n{}\r\n"}) {
-        testing_support::ScriptedReplies peer{{reply}};
+        test_support::ScriptedReplies peer{{reply}};
         redis_conf conf = redis_conf_from_json({});
         conf.port = peer.port();
 
@@ -412,7 +410,7 @@ TEST_F(DownlinkQueue, OtherDatabaseIsUsedByEveryCommand) {
 
 TEST_F(DownlinkQueue, UnreachableRedisShowsAtTheFirstCommand) {
     redis_conf conf = redis_conf_from_json({});
-    conf.port = testing_support::TestSocket::listenOn(AF_INET, 1).port(); // closed at once
+    conf.port = test_support::TestSocket::unusedPort();
     redis::dl_queue queues{conf, mongoUrl()};
 
     EXPECT_THROW(queues.Pull(17), RedisClient::Connection::Exception);

@@ -1,14 +1,13 @@
 #include "redis/driver_state.h"
 
 #include "tests/redis/redis_store_fixture.h"
-#include "tests/redisclient/eventually.h"
+#include "tests/support/eventually.h"
 
 #include <mongocxx/v1/exception.hpp>
 
-#include <sys/socket.h>
-
 #include <functional>
 #include <string>
+#include <vector>
 
 // Settings that matter, servers that are not there, and servers that refuse.
 namespace {
@@ -21,6 +20,17 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using namespace test_support::literals;
+
+/// The words of the exception that Redis is not to be had.
+std::string failureOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const Connection::Exception& exception) {
+        return exception.what();
+    }
+    ADD_FAILURE() << "it was done";
+    return {};
+}
 
 class DriverStateSettings : public RedisStoreTest {
 protected:
@@ -148,21 +158,59 @@ TEST_F(DriverStateSettings, HostIsLookedUpByName) {
     EXPECT_TRUE(hasKey(":5", 0));
 }
 
-// No number is checked for its range: the server refuses the database, and with it each command.
-TEST_F(DriverStateSettings, DatabaseThatTheServerDoesNotHaveIsLikeAnEmptyOne) {
+TEST_F(DriverStateSettings, HostIsTakenFromTheSettings) {
+    test_support::RedisServer elsewhere({}, "127.0.0.2"_q);
+    redis_conf conf = redis_conf_from_json({});
+    conf.host = "127.0.0.2"_q;
+    conf.port = elsewhere.port();
+    redis::DriverStateRedis states{conf, mongoUrl()};
+    states.Push(5, false);
+    states.DLqueue()->Push(5, {}, false);
+
+    EXPECT_EQ(elsewhere.run({"EXISTS", ":5"}), QVariant(1));
+    EXPECT_EQ(elsewhere.run({"EXISTS", "5"}, 7), QVariant(1));
+}
+
+// No number is checked for its range when it is read.
+TEST_F(DriverStateSettings, DatabaseThatTheServerDoesNotHaveIsNamedByEveryCommand) {
     redis_conf conf = direct();
     conf.state_db = 99;
+    database.insert("states", R"({"_id": 5, "state": {"a": 1}})");
     redis::DriverStateRedis states{conf, mongoUrl()};
     states.SetValue(5, "a"_q, 2);
+    const std::vector<std::function<void()>> commands{
+        [&] { states.Push(5, true); },
+        [&] { states.Pull(5); },
+        [&] { states.Delete(5); },
+        [&] { states.DeleteDevices({5}, QDateTime(), QDateTime()); },
+        [&] { states.GetIDs("y"_q, "x"_q); },
+        [&] { states.GetAllStates("y"_q, "x"_q); },
+    };
 
-    EXPECT_TRUE(states.Push(5, true));
-    EXPECT_TRUE(states.Pull(5));
+    for (const auto& command : commands) {
+        EXPECT_THAT(failureOf(command),
+                    HasSubstr("database 99 cannot be selected: ERR DB index is out of range"));
+    }
     EXPECT_EQ(states.GetAll(5), (QJsonObject{{"a"_q, 2}}));
-    EXPECT_THAT(states.GetIDs(QString(), QString()), IsEmpty());
-    EXPECT_TRUE(states.GetAllStates(QString(), QString())->isEmpty());
-    EXPECT_TRUE(states.Delete(5));
-    EXPECT_EQ(database.count("states"), 0);
+    EXPECT_EQ(database.count("states", R"({"_id": 5, "state.a": 1})"), 1);
     EXPECT_EQ(server.run({"DBSIZE"}, 0), QVariant(0));
+    EXPECT_TRUE(states.DLqueue()->Push(5, {}, false));
+}
+
+TEST_F(DriverStateSettings, QueueDatabaseThatTheServerDoesNotHaveIsNamedByEveryCommand) {
+    redis_conf conf = direct();
+    conf.queue_db = 98;
+    redis::DriverStateRedis states{conf, mongoUrl()};
+    const std::vector<std::function<void()>> commands{
+        [&] { states.DLqueue()->Push(5, {}, true); },
+        [&] { states.DLqueue()->Pull(5); },
+        [&] { states.DLqueue()->Delete(5); },
+    };
+
+    for (const auto& command : commands) {
+        EXPECT_THAT(failureOf(command), HasSubstr("database 98 cannot be selected: ERR"));
+    }
+    EXPECT_EQ(database.count("dl_queues"), 0);
 }
 
 TEST_F(DriverStateSettings, MalformedMongoUrlIsRefusedAndLeavesNoConnection) {
@@ -172,7 +220,7 @@ TEST_F(DriverStateSettings, MalformedMongoUrlIsRefusedAndLeavesNoConnection) {
     EXPECT_THROW((redis::DriverStateRedis{conf, "no connection string"}), mongocxx::v1::exception);
     EXPECT_THROW((redis::DriverStateRedis{conf, ""}), mongocxx::v1::exception);
 
-    EXPECT_TRUE(testing_support::eventually([this] { return clientsNamed("kelvro-h") == 0; }));
+    EXPECT_TRUE(test_support::eventually([this] { return clientsNamed("kelvro-h") == 0; }));
 }
 
 TEST_F(DriverStateSettings, UnreachableMongoIsRefusedAndLeavesNoConnection) {
@@ -181,14 +229,14 @@ TEST_F(DriverStateSettings, UnreachableMongoIsRefusedAndLeavesNoConnection) {
 
     EXPECT_THROW((redis::DriverStateRedis{conf, unreachableMongoUrl()}), mongocxx::v1::exception);
 
-    EXPECT_TRUE(testing_support::eventually([this] { return clientsNamed("kelvro-h") == 0; }));
+    EXPECT_TRUE(test_support::eventually([this] { return clientsNamed("kelvro-h") == 0; }));
 }
 
 class UnreachableRedis : public test_support::FixedMongoDatabase {
 protected:
     static redis_conf nowhere() {
         redis_conf conf = redis_conf_from_json({});
-        conf.port = testing_support::TestSocket::listenOn(AF_INET, 1).port(); // closed at once
+        conf.port = test_support::TestSocket::unusedPort();
         return conf;
     }
 
@@ -236,12 +284,7 @@ TEST_F(UnreachableRedis, LetsNothingThroughToMongo) {
 TEST_F(UnreachableRedis, NamesTheServerAndTheCommand) {
     redis_conf conf = nowhere();
     redis::DriverStateRedis states{conf, mongoUrl()};
-    std::string text;
-    try {
-        states.Pull(5);
-    } catch (const Connection::Exception& exception) {
-        text = exception.what();
-    }
+    const std::string text = failureOf([&] { states.Pull(5); });
 
     EXPECT_THAT(text, HasSubstr("127.0.0.1:" + std::to_string(conf.port)));
     EXPECT_THAT(text, HasSubstr("GET"));

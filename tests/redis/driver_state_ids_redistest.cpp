@@ -1,8 +1,10 @@
 #include "tests/redis/driver_state_fixture.h"
 
 #include "tests/redis/scripted_replies.h"
+#include "tests/support/stopwatch.h"
 
 #include <atomic>
+#include <chrono>
 #include <optional>
 #include <set>
 #include <thread>
@@ -10,11 +12,11 @@
 // Listing devices with SCAN and their states with MGET.
 namespace {
 
+using test_support::ScriptedReplies;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
-using testing_support::ScriptedReplies;
 using namespace test_support::literals;
 
 class DriverStateIds : public DriverStateTest {
@@ -169,13 +171,12 @@ TEST_F(DriverStateIds, AreAskedForUntilTheCursorIsZeroAgain) {
 
 TEST_F(DriverStateIds, LoseNoKeyThatStaysWhileOthersComeAndGo) {
     setDevices("x:y:", 0, 10'000);
-    std::atomic<bool> ended = false;
     std::atomic<int> changes = 0;
-    std::jthread changing([&, port = server.port()] {
+    std::jthread changing([&, port = server.port()](const std::stop_token& end) {
         // The table grows and shrinks all the time, which is where a cursor could lose its place.
         RedisClient::Connection other(
             RedisClient::ConnectionConfig("127.0.0.1"_q, QString(), port, QString()));
-        while (!ended) {
+        while (!end.stop_requested()) {
             QList<QByteArray> set{"MSET"};
             QList<QByteArray> del{"DEL"};
             for (int id = 0; id < 20'000; ++id) {
@@ -189,14 +190,14 @@ TEST_F(DriverStateIds, LoseNoKeyThatStaysWhileOthersComeAndGo) {
         }
     });
 
-    int rounds = 0;
-    for (; rounds < 20 || changes < 3; ++rounds) {
+    const test_support::Stopwatch watch;
+    for (int rounds = 0; rounds < 20 || changes < 3; ++rounds) {
+        ASSERT_LT(watch.elapsed(), std::chrono::minutes(1)) << changes << " changes so far";
         const std::set<int> seen = distinct(states.GetIDs("y"_q, "x"_q));
         for (int id = 1; id < 10'000; ++id) {
             ASSERT_TRUE(seen.contains(id)) << "device " << id << " in round " << rounds;
         }
     }
-    ended = true;
 }
 
 class ScriptedDriverState : public test_support::FixedMongoDatabase {

@@ -1,6 +1,6 @@
 #include "tests/redis/driver_state_fixture.h"
 
-#include "tests/redisclient/eventually.h"
+#include "tests/support/eventually.h"
 
 // Pull, Push and Delete: what goes to Redis, what to MongoDB, and what stays in memory.
 namespace {
@@ -62,7 +62,7 @@ TEST_F(NewDriverState, ClosesBothConnectionsAtItsEnd) {
         ASSERT_EQ(server.run({"CLIENT", "LIST"}).toByteArray().count("name=kelvro-h "), 2);
     }
 
-    EXPECT_TRUE(testing_support::eventually([this] {
+    EXPECT_TRUE(test_support::eventually([this] {
         return server.run({"CLIENT", "LIST"}).toByteArray().count("name=kelvro-h ") == 0;
     }));
 }

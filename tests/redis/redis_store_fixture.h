@@ -2,11 +2,11 @@
 
 #include "redis/redis_conf.h"
 
-#include "tests/redis/recording_proxy.h"
-#include "tests/redisclient/redis_server.h"
 #include "tests/support/mongo_database.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
+#include "tests/support/redis_proxy.h"
+#include "tests/support/redis_server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -34,6 +34,6 @@ protected:
         return QJsonDocument{json}.toJson(QJsonDocument::Compact);
     }
 
-    testing_support::RedisServer server;
-    testing_support::RecordingProxy proxy{server.port()};
+    test_support::RedisServer server;
+    test_support::RedisProxy proxy{server.port()};
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/redisclient/fake_peer.h"
+#include "tests/support/fake_peer.h"
 
 #include <QByteArray>
 #include <QList>
@@ -8,7 +8,7 @@
 #include <mutex>
 #include <vector>
 
-namespace testing_support {
+namespace test_support {
 
 /// Answers that a real server gives rarely or never, in this order, after which it answers nil; it
 /// writes the commands down. Only PING and SELECT are answered as by a server.
@@ -63,4 +63,4 @@ private:
     FakePeer m_peer; // destroyed first, for its threads use the rest
 };
 
-} // namespace testing_support
+} // namespace test_support

@@ -1,6 +1,7 @@
 #include "redisclient/redisclient.h"
-#include "tests/redisclient/redis_server.h"
+#include "tests/support/redis_server.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QSet>
@@ -8,6 +9,7 @@
 #include <QVariantList>
 
 #include <limits>
+#include <string>
 
 // On the common server. Every test works on keys of its own and removes them.
 
@@ -29,7 +31,7 @@ protected:
     }
     QVariant valueOf(const QList<QByteArray>& command) { return run(command).getValue(); }
 
-    Connection connection{testing_support::commonServer()};
+    Connection connection{test_support::commonServer()};
     const QByteArray key = "kelvro-test:" + QUuid::createUuid().toByteArray();
     const QByteArray otherKey = key + ":other";
 };
@@ -213,19 +215,33 @@ TEST_F(RedisCommands, WorkOnTheDatabaseUsedLastWhenTheyNameNone) {
 
 TEST_F(RedisCommands, DoNotRunWhenTheDatabaseIsRefused) {
     run({"SET", key, "kept"});
+    std::string failure;
+    try {
+        run({"DEL", key}, 1'000'000);
+    } catch (const Connection::Exception& exception) {
+        failure = exception.what();
+    }
 
-    const Response response = run({"DEL", key}, 1'000'000);
-
-    EXPECT_TRUE(response.isErrorMessage());
+    EXPECT_THAT(failure,
+                testing::HasSubstr(
+                    "DEL: database 1000000 cannot be selected: ERR DB index is out of range"));
     EXPECT_EQ(valueOf({"GET", key}), QVariant(QByteArray("kept")));
 }
 
 TEST_F(RedisCommands, StayOnTheirDatabaseAfterOneThatWasRefused) {
     run({"SET", key, "one"}, 1);
-    run({"PING"}, 1'000'000);
+    EXPECT_THROW(run({"PING"}, 1'000'000), Connection::Exception);
 
-    EXPECT_EQ(run({"GET", key}, 1).getValue(), QVariant(QByteArray("one")));
+    EXPECT_EQ(connection.commandSync({"GET", key}).getValue(), QVariant(QByteArray("one")));
     EXPECT_EQ(run({"GET", key}, 0).type(), Response::Nil);
+}
+
+TEST_F(RedisCommands, TakeAnyNegativeDatabaseForTheOneUsedLast) {
+    run({"SET", key, "one"}, 1);
+
+    for (const int db : {-1, -2, std::numeric_limits<int>::min()}) {
+        EXPECT_EQ(run({"GET", key}, db).getValue(), QVariant(QByteArray("one"))) << db;
+    }
 }
 
 TEST_F(RedisCommands, FindTheirDatabaseAfterTheCallerSelectedAnother) {
@@ -233,6 +249,16 @@ TEST_F(RedisCommands, FindTheirDatabaseAfterTheCallerSelectedAnother) {
     run({"SELECT", "1"}, 0);
 
     EXPECT_EQ(run({"GET", key}, 0).getValue(), QVariant(QByteArray("zero")));
+}
+
+TEST_F(RedisCommands, FindTheirDatabaseAfterTheCallerWasRefusedAnother) {
+    run({"SET", key, "zero"});
+    run({"SET", key, "one"}, 1);
+
+    EXPECT_TRUE(run({"SELECT", "1000000"}, 1).isErrorMessage());
+
+    EXPECT_EQ(run({"GET", key}, 0).getValue(), QVariant(QByteArray("zero")));
+    EXPECT_EQ(run({"GET", key}, 1).getValue(), QVariant(QByteArray("one")));
 }
 
 TEST_F(RedisCommands, FindTheirDatabaseAfterATransactionThatWasGivenUp) {

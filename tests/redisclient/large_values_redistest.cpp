@@ -1,5 +1,5 @@
 #include "redisclient/redisclient.h"
-#include "tests/redisclient/redis_server.h"
+#include "tests/support/redis_server.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,8 +10,8 @@ namespace {
 
 using RedisClient::Connection;
 using RedisClient::ConnectionConfig;
+using test_support::RedisServer;
 using testing::HasSubstr;
-using testing_support::RedisServer;
 
 constexpr int largestValueBytes = 512 << 20;
 

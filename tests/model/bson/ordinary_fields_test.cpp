@@ -133,6 +133,7 @@ INSTANTIATE_TEST_SUITE_P(
                     field{"TextAsNumber", int32("a", 1), readText},
                     field{"TextAsSymbol", symbol("a", "x"), readText},
                     field{"TextThatIsNoUtf8", string("a", "\xFF"), readText},
+                    field{"TextOfOneStrayByte", string("a", "\x80"), readText},
                     field{"TextWithAByteOrderMark", string("a", "\xEF\xBB\xBFx"), readText},
                     field{"TextWithALongZero", string("a", "\xC0\x80"), readText},
                     field{"HexAsBinary", binary("a", "x"), readHex},

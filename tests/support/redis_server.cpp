@@ -1,21 +1,21 @@
-#include "tests/redisclient/redis_server.h"
+#include "tests/support/redis_server.h"
 
-#include "tests/redisclient/test_socket.h"
+#include "tests/support/test_socket.h"
 
 #include <QProcess>
 #include <QUrl>
 
 #include <signal.h>
 #include <sys/prctl.h>
-#include <sys/socket.h>
 
 #include <stdexcept>
 
-namespace testing_support {
+namespace test_support {
 
 namespace {
 
 constexpr int startMsecs = 30'000;
+constexpr const char* ready = "Ready to accept connections";
 
 } // namespace
 
@@ -33,12 +33,13 @@ protected:
     void setupChildProcess() override { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }
 };
 
-RedisServer::RedisServer(QStringList options) : m_options(std::move(options)) {
+RedisServer::RedisServer(QStringList options, QString host)
+    : m_options(std::move(options)), m_host(std::move(host)) {
     constexpr int attempts = 10;
     for (int attempt = 0; attempt < attempts; ++attempt) {
         // Another process may take the port in between.
-        m_port = TestSocket::listenOn(AF_INET, 1).port();
-        if (tryToStart()) {
+        m_port = TestSocket::listenOn(m_host.toLatin1().constData(), 1).port();
+        if (tryToStart({}, ready)) {
             return;
         }
     }
@@ -49,27 +50,28 @@ RedisServer::RedisServer(QStringList options) : m_options(std::move(options)) {
 
 RedisServer::~RedisServer() = default;
 
-bool RedisServer::tryToStart() {
+bool RedisServer::tryToStart(const QStringList& more, const char* outputToWaitFor) {
     m_process = std::make_unique<Process>();
     m_process->setProcessChannelMode(QProcess::MergedChannels);
     m_process->start(QStringLiteral("redis-server"),
                      QStringList{QStringLiteral("--port"), QString::number(m_port),
-                                 QStringLiteral("--bind"), QStringLiteral("127.0.0.1"),
-                                 QStringLiteral("--save"), QString(), QStringLiteral("--dir"),
-                                 m_folder.path()} +
-                         m_options);
+                                 QStringLiteral("--bind"), m_host, QStringLiteral("--save"),
+                                 QString(), QStringLiteral("--dir"), m_folder.path()} +
+                         m_options + more);
     QByteArray output;
-    while (!output.contains("Ready to accept connections")) {
+    while (!output.contains(outputToWaitFor)) {
         if (!m_process->waitForReadyRead(startMsecs)) {
             return false;
         }
         output += m_process->readAllStandardOutput();
     }
-    RedisClient::ConnectionConfig config(QStringLiteral("127.0.0.1"), QString(), m_port,
-                                         QStringLiteral("admin"));
-    config.setAuthBytes(m_password);
-    m_admin = std::make_unique<RedisClient::Connection>(config);
+    makeAdmin();
     return true;
+}
+
+void RedisServer::makeAdmin() {
+    m_admin = std::make_unique<RedisClient::Connection>(RedisClient::ConnectionConfig(
+        m_host, QString::fromUtf8(m_password), m_port, QStringLiteral("admin")));
 }
 
 void RedisServer::stop() {
@@ -82,8 +84,26 @@ void RedisServer::stop() {
 
 void RedisServer::start() {
     m_password.clear();
-    if (!tryToStart()) {
+    if (!tryToStart({}, ready)) {
         throw std::runtime_error("redis-server does not start again");
+    }
+}
+
+void RedisServer::kill() {
+    m_admin.reset();
+    m_process->kill();
+    if (!m_process->waitForFinished(startMsecs)) {
+        throw std::runtime_error("redis-server cannot be killed");
+    }
+}
+
+void RedisServer::startLoading(std::chrono::microseconds timeForAKey, const QStringList& more) {
+    const QStringList slow{QStringLiteral("--key-load-delay"), QString::number(timeForAKey.count()),
+                           // How often it looks at its clients meanwhile.
+                           QStringLiteral("--loading-process-events-interval-bytes"),
+                           QStringLiteral("1024")};
+    if (!tryToStart(slow + more, "Loading RDB produced by")) {
+        throw std::runtime_error("redis-server does not read its data back");
     }
 }
 
@@ -98,10 +118,7 @@ void RedisServer::resume() {
 void RedisServer::setPassword(const QByteArray& password) {
     run({"CONFIG", "SET", "requirepass", password});
     m_password = password;
-    RedisClient::ConnectionConfig config(QStringLiteral("127.0.0.1"), QString(), m_port,
-                                         QStringLiteral("admin"));
-    config.setAuthBytes(password);
-    m_admin = std::make_unique<RedisClient::Connection>(config);
+    makeAdmin();
 }
 
 QVariant RedisServer::run(const QList<QByteArray>& command, int db) {
@@ -113,15 +130,23 @@ QVariant RedisServer::run(const QList<QByteArray>& command, int db) {
     return response.getValue();
 }
 
-int RedisServer::callsOf(const QByteArray& lowerCaseName) {
-    const QByteArray statistics = run({"INFO", "commandstats"}).toByteArray();
-    const QByteArray start = "cmdstat_" + lowerCaseName + ":calls=";
-    const int position = statistics.indexOf(start);
-    if (position < 0) {
-        return 0;
+QByteArray RedisServer::info(const QByteArray& section, const QByteArray& start) {
+    const QList<QByteArray> lines = run({"INFO", section}).toByteArray().split('\n');
+    for (const QByteArray& line : lines) {
+        if (line.startsWith(start)) {
+            return line.mid(start.size()).trimmed();
+        }
     }
-    const QByteArray rest = statistics.mid(position + start.size());
-    return rest.left(rest.indexOf(',')).toInt();
+    return {};
+}
+
+int RedisServer::connections() {
+    return info("stats", "total_connections_received:").toInt();
+}
+
+int RedisServer::callsOf(const QByteArray& lowerCaseName) {
+    const QByteArray calls = info("commandstats", "cmdstat_" + lowerCaseName + ":calls=");
+    return calls.left(calls.indexOf(',')).toInt();
 }
 
 QByteArray RedisServer::clientField(const QByteArray& client, const QByteArray& name) {
@@ -149,4 +174,4 @@ RedisClient::ConnectionConfig commonServer() {
                                          url.port(RedisClient::ConnectionConfig::defaultPort));
 }
 
-} // namespace testing_support
+} // namespace test_support

@@ -4,8 +4,12 @@
 #include <QList>
 
 #include <chrono>
+#include <optional>
 
-namespace testing_support {
+namespace test_support {
+
+/// Takes the first Redis command out of these bytes, as its parts; nothing while it is incomplete.
+std::optional<QList<QByteArray>> takeCommand(QByteArray& bytes);
 
 /// A blocking socket as a test peer needs it. Throws std::system_error, except for what a peer has
 /// to expect: reading gives nothing at the end, writing is false once the other side is gone.
@@ -17,8 +21,10 @@ public:
     TestSocket(TestSocket&& other) noexcept;
     TestSocket& operator=(TestSocket&& other) noexcept;
 
-    /// Listens on a free port of the loopback address.
-    static TestSocket listenOn(int family, int backlog);
+    /// Listens on a free port of this IPv4 or IPv6 address, which must be one of this machine.
+    static TestSocket listenOn(const char* address, int backlog);
+    /// A port of 127.0.0.1 that nobody listens on.
+    static int unusedPort() { return listenOn("127.0.0.1", 1).port(); }
     static TestSocket connectedTo(int port);
 
     TestSocket accept() const;
@@ -45,4 +51,4 @@ private:
     QByteArray m_unread;
 };
 
-} // namespace testing_support
+} // namespace test_support

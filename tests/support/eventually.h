@@ -4,7 +4,7 @@
 #include <functional>
 #include <thread>
 
-namespace testing_support {
+namespace test_support {
 
 /// False when the condition does not come true within half a minute.
 inline bool eventually(const std::function<bool()>& condition) {
@@ -18,4 +18,4 @@ inline bool eventually(const std::function<bool()>& condition) {
     return true;
 }
 
-} // namespace testing_support
+} // namespace test_support

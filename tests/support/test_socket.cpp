@@ -1,4 +1,4 @@
-#include "tests/redisclient/test_socket.h"
+#include "tests/support/test_socket.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -8,11 +8,12 @@
 
 #include <array>
 #include <cerrno>
-#include <optional>
+#include <stdexcept>
+#include <string>
 #include <system_error>
 #include <utility>
 
-namespace testing_support {
+namespace test_support {
 
 namespace {
 
@@ -23,7 +24,8 @@ int checked(int result, const char* operation) {
     return result;
 }
 
-/// The parts of a command, or nothing while it is incomplete; what was used is removed.
+} // namespace
+
 std::optional<QList<QByteArray>> takeCommand(QByteArray& buffer) {
     int position = 0;
     const auto header = [&]() -> std::optional<int> {
@@ -52,8 +54,6 @@ std::optional<QList<QByteArray>> takeCommand(QByteArray& buffer) {
     return parts;
 }
 
-} // namespace
-
 TestSocket::~TestSocket() {
     if (m_fd >= 0) {
         ::close(m_fd);
@@ -69,22 +69,20 @@ TestSocket& TestSocket::operator=(TestSocket&& other) noexcept {
     return *this;
 }
 
-TestSocket TestSocket::listenOn(int family, int backlog) {
-    TestSocket socket(
-        checked(::socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket of a test peer"));
-    if (family == AF_INET6) {
-        sockaddr_in6 address{};
-        address.sin6_family = AF_INET6;
-        address.sin6_addr = in6addr_loopback;
-        checked(::bind(socket.fd(), reinterpret_cast<sockaddr*>(&address), sizeof address),
-                "bind to ::1");
-    } else {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        checked(::bind(socket.fd(), reinterpret_cast<sockaddr*>(&address), sizeof address),
-                "bind to 127.0.0.1");
+TestSocket TestSocket::listenOn(const char* address, int backlog) {
+    sockaddr_in6 name6{};
+    name6.sin6_family = AF_INET6;
+    sockaddr_in name{};
+    name.sin_family = AF_INET;
+    const bool isIpv6 = ::inet_pton(AF_INET6, address, &name6.sin6_addr) == 1;
+    if (!isIpv6 && ::inet_pton(AF_INET, address, &name.sin_addr) != 1) {
+        throw std::invalid_argument(std::string("no address: ") + address);
     }
+    TestSocket socket(checked(::socket(isIpv6 ? AF_INET6 : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0),
+                              "socket of a test peer"));
+    checked(isIpv6 ? ::bind(socket.fd(), reinterpret_cast<sockaddr*>(&name6), sizeof name6)
+                   : ::bind(socket.fd(), reinterpret_cast<sockaddr*>(&name), sizeof name),
+            address);
     checked(::listen(socket.fd(), backlog), "listen");
     return socket;
 }
@@ -180,4 +178,4 @@ void TestSocket::stop() {
     ::shutdown(m_fd, SHUT_RDWR);
 }
 
-} // namespace testing_support
+} // namespace test_support

@@ -1,12 +1,14 @@
-#include "tests/redisclient/fake_peer.h"
+#include "tests/support/fake_peer.h"
+
+#include <sys/socket.h>
 
 #include <system_error>
 #include <utility>
 
-namespace testing_support {
+namespace test_support {
 
-FakePeer::FakePeer(Script script, int family)
-    : m_script(std::move(script)), m_listener(TestSocket::listenOn(family, SOMAXCONN)),
+FakePeer::FakePeer(Script script, const char* address)
+    : m_script(std::move(script)), m_listener(TestSocket::listenOn(address, SOMAXCONN)),
       m_port(m_listener.port()), m_acceptor([this] { acceptAll(); }) {}
 
 FakePeer::~FakePeer() {
@@ -66,4 +68,4 @@ FakePeer::Script FakePeer::answering(const QByteArray& answer) {
     };
 }
 
-} // namespace testing_support
+} // namespace test_support

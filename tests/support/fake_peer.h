@@ -1,28 +1,26 @@
 #pragma once
 
-#include "tests/redisclient/test_socket.h"
+#include "tests/support/test_socket.h"
 
 #include <QByteArray>
 #include <QList>
-
-#include <sys/socket.h>
 
 #include <functional>
 #include <list>
 #include <mutex>
 #include <thread>
 
-namespace testing_support {
+namespace test_support {
 
-/// A listener on the loopback address that plays a part in place of a server. Every connection runs
-/// the script in a thread of its own and is closed when the script returns. Being destroyed, the
-/// peer ends all connections and waits for their scripts.
+/// A listener on an address of this machine that plays a part in place of a server. Every
+/// connection runs the script in a thread of its own and is closed when the script returns. Being
+/// destroyed, the peer ends all connections and waits for their scripts.
 class FakePeer {
 public:
     /// `number` counts the connections from 1.
     using Script = std::function<void(TestSocket& client, int number)>;
 
-    explicit FakePeer(Script script, int family = AF_INET);
+    explicit FakePeer(Script script, const char* address = "127.0.0.1");
     ~FakePeer();
     FakePeer(const FakePeer&) = delete;
     FakePeer& operator=(const FakePeer&) = delete;
@@ -53,4 +51,4 @@ private:
     std::jthread m_acceptor;
 };
 
-} // namespace testing_support
+} // namespace test_support
