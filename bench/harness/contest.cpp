@@ -25,14 +25,6 @@ Cost measureBlock(const Contest& contest, const Side& side, std::size_t& records
     return cost;
 }
 
-void requireSameWork(const std::vector<std::size_t>& records) {
-    const auto [least, most] = std::ranges::minmax(records);
-    if (least != most) {
-        throw std::runtime_error("the sides do different work: " + std::to_string(least) + " to " +
-                                 std::to_string(most) + " records");
-    }
-}
-
 /// Measures one round, beginning with the side `first`; returns the records of a block.
 std::size_t measureRound(const Contest& contest, std::size_t first, Round& round) {
     const std::size_t count = contest.sides.size();
@@ -42,7 +34,10 @@ std::size_t measureRound(const Contest& contest, std::size_t first, Round& round
         const std::size_t side = turn % count;
         round[side] = measureBlock(contest, contest.sides[side], records[side]);
     }
-    requireSameWork(records);
+    if (const auto [least, most] = std::ranges::minmax(records); least != most) {
+        throw std::runtime_error("the sides do different work: " + std::to_string(least) + " to " +
+                                 std::to_string(most) + " records");
+    }
     return records.front();
 }
 
