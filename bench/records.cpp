@@ -17,7 +17,7 @@ namespace bench {
 
 namespace {
 
-constexpr qint64 lifetimeSecs = 12 * 60 * 60;
+constexpr qint64 lifetimeSecs = qint64{12} * 60 * 60;
 
 QDateTime start() {
     static const QDateTime time =
@@ -145,14 +145,14 @@ std::vector<model::message> messages(std::size_t count, quint64 firstId) {
 }
 
 std::vector<model::dev_value> values(std::size_t count) {
-    constexpr std::size_t roundSecs = 300;
+    constexpr qint64 roundSecs = 300;
     const auto& originals = meterValues();
     std::vector<model::dev_value> values;
     values.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t round = i / originals.size();
         auto value =
-            later(originals[i % originals.size()], static_cast<qint64>(roundSecs * round), round);
+            later(originals[i % originals.size()], roundSecs * static_cast<qint64>(round), round);
         value.modem_id = deviceOf(i / 32);
         values.push_back(std::move(value));
     }
