@@ -1,18 +1,17 @@
 // What it costs to turn records into stored documents and back, against the way through JSON text.
 // Needs no server.
 
-#include "bench/comparison.h"
-#include "bench/environment.h"
+#include "bench/baselines/raw_collection.h"
+#include "bench/baselines/text_path.h"
+#include "bench/harness/comparison.h"
+#include "bench/harness/options.h"
 #include "bench/records.h"
-#include "bench/text_path.h"
 #include "model/bson_utils.h"
 
 #include <benchmark/benchmark.h>
+#include <bson/bson.h>
 
-#include <algorithm>
-#include <iostream>
 #include <memory>
-#include <span>
 #include <stdexcept>
 
 namespace bench {
@@ -22,141 +21,143 @@ namespace {
 using document_value = bsoncxx::v1::document::value;
 using document_view = bsoncxx::v1::document::view;
 
-/// Enough documents for a block that the clock resolves well.
-constexpr std::size_t minPerBlock = 2000;
-
-constexpr Goal flatGoal{Goal::Kind::speedupAtLeast, 8.0};
-constexpr Goal nestedGoal{Goal::Kind::speedupAtLeast, 4.0};
+constexpr Goal flatGoal{.speedupAtLeast = 8};
+constexpr Goal nestedGoal{.speedupAtLeast = 4};
 /// Writing has no goal of its own here: what it may cost is part of the stores' goals.
-constexpr Goal untold{Goal::Kind::speedupAtLeast, 0.0};
+constexpr Goal untold{};
 
 template <typename Record>
-std::vector<document_value> documentsOf(const std::vector<Record>& records) {
-    std::vector<document_value> documents;
-    documents.reserve(records.size());
+using MakeRecords = std::function<std::vector<Record>()>;
+
+/// A block goes once over all items, as a query does over its documents: the conversion that
+/// `conversion()` gives, with whatever it remembers, is for one block. Results are let go one by
+/// one.
+template <typename Item, typename Conversion>
+Side side(const char* name, const std::shared_ptr<const std::vector<Item>>& items,
+          Conversion conversion) {
+    return {name, [=] {
+                auto convert = conversion();
+                for (const Item& item : *items) {
+                    const auto converted = convert(item);
+                    benchmark::DoNotOptimize(&converted);
+                }
+                return items->size();
+            }};
+}
+
+/// As the stores read the documents of a query.
+template <typename Record>
+auto directReader() {
+    return [times = bson_utils::local_times{}](const document_view& document) mutable {
+        return bson_utils::readDocument<Record>(document, times);
+    };
+}
+
+/// As the stores have it: where the record gives no "_id", the MongoDB driver has put one ahead.
+document_value stored(const document_view& document) {
+    if (document["_id"]) {
+        return document_value{document};
+    }
+    bson_t body;
+    bson_t with;
+    bson_oid_t id;
+    bson_oid_init(&id, nullptr);
+    bson_init(&with);
+    const bool done = bson_init_static(&body, document.data(), document.size()) &&
+                      BSON_APPEND_OID(&with, "_id", &id) && bson_concat(&with, &body);
+    const document_value copy{document_view{bson_get_data(&with), with.len}};
+    bson_destroy(&with);
+    if (!done) {
+        throw std::runtime_error("cannot put an id ahead of a document");
+    }
+    return copy;
+}
+
+/// Both ways lead to the same record, from either way's document.
+template <typename Record>
+void requireSame(const std::vector<Record>& records) {
+    auto read = directReader<Record>();
     for (const Record& record : records) {
-        documents.push_back(bson_utils::toBson(record));
+        const auto document = bson_utils::toBson(record);
+        const auto text = text_path::write(record);
+        const auto expected = bson_utils::toBson(read(document));
+        if (text.size() != document.size() || bson_utils::toBson(read(text)) != expected ||
+            bson_utils::toBson(text_path::read<Record>(document)) != expected) {
+            throw std::runtime_error("the way through text gives something else");
+        }
     }
-    return documents;
 }
 
-bool equal(const document_view& left, const document_view& right) {
-    return std::ranges::equal(std::span{left.data(), left.size()},
-                              std::span{right.data(), right.size()});
-}
-
-/// Reads or writes all items as often as a block needs; the results are let go one by one.
-template <typename Item, typename Convert>
-std::function<std::size_t()> loop(const std::shared_ptr<const std::vector<Item>>& items,
-                                  const Convert& convert) {
-    const std::size_t rounds = (minPerBlock + items->size() - 1) / items->size();
-    return [items, convert, rounds] {
-        for (std::size_t round = 0; round < rounds; ++round) {
-            for (const Item& item : *items) {
-                const auto converted = convert(item);
-                benchmark::DoNotOptimize(&converted);
-            }
-        }
-        return rounds * items->size();
-    };
-}
-
-/// Compares a reader with its plain form, once they have been seen to give the same for every
-/// record.
-template <typename Record, typename Read, typename ReadText>
-void compareReaders(const std::string& name, const std::string& input, Goal goal,
-                    const std::function<std::vector<Record>()>& records, const Read& read,
-                    const ReadText& readText) {
-    registerComparison({name, input, goal}, [=] {
-        const auto documents =
-            std::make_shared<const std::vector<document_value>>(documentsOf(records()));
-        for (const document_value& document : *documents) {
-            if (!equal(bson_utils::toBson(read(document)),
-                       bson_utils::toBson(readText(document)))) {
-                throw std::runtime_error("the text path reads another record");
-            }
-        }
-        return Contest{.subject = loop(documents, read), .baseline = loop(documents, readText)};
-    });
-}
-
-/// Compares a writer with its plain form, once their documents have been seen to be read as the
-/// same record.
-template <typename Record, typename Read>
-void compareWriters(const std::string& name, const std::string& input,
-                    const std::function<std::vector<Record>()>& makeRecords, const Read& read) {
-    registerComparison({name, input, untold}, [=] {
-        const auto records = std::make_shared<const std::vector<Record>>(makeRecords());
-        const auto write = [](const Record& record) { return bson_utils::toBson(record); };
-        const auto writeText = [](const Record& record) { return text_path::write(record); };
-        for (const Record& record : *records) {
-            const document_value direct = write(record);
-            const document_value text = writeText(record);
-            if (direct.size() != text.size() ||
-                !equal(bson_utils::toBson(read(direct)), bson_utils::toBson(read(text)))) {
-                throw std::runtime_error("the text path writes another document");
-            }
-        }
-        return Contest{.subject = loop(records, write), .baseline = loop(records, writeText)};
-    });
-}
-
-void compareMessages(const std::string& input,
-                     const std::function<std::vector<model::message>()>& messages) {
-    const auto read =
-        [times = std::make_shared<bson_utils::local_times>()](const document_view& document) {
-            return bson_utils::readDocument<model::message>(document, *times);
-        };
-    compareReaders<model::message>("fromBsonUL", input, nestedGoal, messages, read,
-                                   text_path::readUL);
-    compareWriters<model::message>("toBson(message)", input, messages, read);
-}
-
-/// A reader as a query uses it: for one document after the other.
+/// Lest the plain way is measured on both sides.
 template <typename Record>
-auto inQuery() {
-    return [times = std::make_shared<bson_utils::local_times>()](const document_view& document) {
-        return bson_utils::readDocument<Record>(document, *times);
-    };
+void requireOrdinary(const Documents& documents) {
+    bson_utils::local_times times;
+    for (const auto& document : documents) {
+        if (!bson_utils::readOrdinary<Record>(document, times)) {
+            throw std::runtime_error("the document does not go the direct way");
+        }
+    }
 }
 
-void registerComparisons() {
-    compareMessages("telegrams", telegramMessages);
-    const auto madeUp = madeUpDocuments();
-    for (const MadeUp& document : madeUp) {
-        compareMessages(document.name.toStdString(),
-                        [json = document.json] { return messagesWith(json); });
+template <typename Record>
+Contest readers(const std::vector<Record>& records) {
+    requireSame(records);
+    Documents made;
+    for (const auto& document : documentsOf(records)) {
+        made.push_back(stored(document));
     }
+    requireOrdinary<Record>(made);
+    const auto documents = std::make_shared<const Documents>(std::move(made));
+    return {.sides = {side("direct", documents, directReader<Record>),
+                      side("text", documents, [] { return &text_path::read<Record>; })}};
+}
 
-    compareReaders<model::dev_value>("read dev_value", "meter readings", flatGoal, meterValues,
-                                     inQuery<model::dev_value>(),
-                                     bson_utils::readPlain<model::dev_value>);
-    compareWriters<model::dev_value>("toBson(dev_value)", "meter readings", meterValues,
-                                     inQuery<model::dev_value>());
+template <typename Record>
+Contest writers(std::vector<Record> made) {
+    requireSame(made);
+    const auto records = std::make_shared<const std::vector<Record>>(std::move(made));
+    const auto direct = [] { return [](const Record& of) { return bson_utils::toBson(of); }; };
+    const auto text = [] { return [](const Record& of) { return text_path::write(of); }; };
+    return {.sides = {side("direct", records, direct), side("text", records, text)}};
+}
 
-    const auto someEvents = [] { return events(minPerBlock); };
-    compareReaders<model::dev_event>("read dev_event", "made-up events", flatGoal, someEvents,
-                                     inQuery<model::dev_event>(),
-                                     bson_utils::readPlain<model::dev_event>);
-    compareWriters<model::dev_event>("toBson(dev_event)", "made-up events", someEvents,
-                                     inQuery<model::dev_event>());
+template <typename Record>
+void addCodec(Comparisons& comparisons, const char* reader, const char* writer,
+              const std::string& input, const Goal& readGoal, const MakeRecords<Record>& records) {
+    comparisons.add({reader, input, readGoal, [=] { return readers(records()); }});
+    comparisons.add({writer, input, untold, [=] { return writers(records()); }});
+}
 
-    const auto someCommands = [] { return commands(minPerBlock, 10); };
-    compareReaders<model::dl_message>("read dl_message", "made-up commands", flatGoal, someCommands,
-                                      inQuery<model::dl_message>(),
-                                      bson_utils::readPlain<model::dl_message>);
-    compareWriters<model::dl_message>("toBson(dl_message)", "made-up commands", someCommands,
-                                      inQuery<model::dl_message>());
+void addMessages(Comparisons& comparisons, const std::string& input,
+                 const MakeRecords<model::message>& records) {
+    addCodec(comparisons, "fromBsonUL", "toBson(message)", input, nestedGoal, records);
+}
+
+void addCodecs(Comparisons& comparisons) {
+    // Enough documents for a block that the clock resolves well.
+    constexpr std::size_t many = 2000;
+    constexpr std::size_t some = 400;
+    addMessages(comparisons, "telegrams", [] { return messages(many, 0); });
+    for (const MadeUp& madeUp : madeUpDocuments()) {
+        addMessages(comparisons, madeUp.name,
+                    [make = madeUp.make] { return messagesWith(make, some); });
+    }
+    addCodec<model::dev_value>(comparisons, "read dev_value", "toBson(dev_value)", "meter readings",
+                               flatGoal, [] { return values(many); });
+    addCodec<model::dev_event>(comparisons, "read dev_event", "toBson(dev_event)", "made-up events",
+                               flatGoal, [] { return events(many); });
+    addCodec<model::dl_message>(comparisons, "read dl_message", "toBson(dl_message)",
+                                "made-up commands", flatGoal, [] { return commands(many, 10); });
 }
 
 } // namespace
 
 } // namespace bench
 
-int main(int argc, char** argv) try {
-    bench::registerComparisons();
-    return bench::runComparisons(argc, argv, [] { return bench::buildAndLibraries(); });
-} catch (const std::exception& error) {
-    std::cerr << "kelvro_codec_bench: " << error.what() << '\n';
-    return 1;
+int main(int argc, char** argv) {
+    return bench::runProgram("kelvro_codec_bench", [&] {
+        bench::Comparisons comparisons;
+        bench::addCodecs(comparisons);
+        return comparisons.run(argc, argv, [] { return QJsonObject{}; });
+    });
 }

@@ -4,62 +4,64 @@ namespace bench {
 
 namespace {
 
-QByteArray clientsKey(std::size_t device) {
-    return "dev:clients:" + QByteArray::number(static_cast<int>(device));
+QByteArray keyOf(const char* kind, std::size_t device) {
+    return QByteArray("dev:") + kind + ':' + QByteArray::number(static_cast<int>(device));
 }
 
-QByteArray propertiesKey(std::size_t device) {
-    return "dev:properties:" + QByteArray::number(static_cast<int>(device));
-}
-
-RawRedis& storeClients(Stores& stores, std::size_t size) {
-    RawRedis& redis = stores.emptyRedis(Stores::clientDb);
+void storeClients(RawRedis& redis, std::size_t size) {
     for (std::size_t device = 0; device < size; ++device) {
-        redis.run({"SADD", clientsKey(device), "water works", "housing association", "caretaker"});
-        redis.run({"HSET", propertiesKey(device), "hw_type", "amiplus", "protocol", "wM-Bus"});
+        const QByteArray household = "household " + QByteArray::number(static_cast<int>(device));
+        redis.run(
+            {"SADD", keyOf("clients", device), "water works", "housing association", household});
+        redis.run(
+            {"HSET", keyOf("properties", device), "hw_type", "amiplus", "protocol", "wM-Bus"});
     }
-    return stores.rawRedis(Stores::clientDb);
+}
+
+/// The raw side sends the commands that `commandsFor(device)` gives.
+template <typename CommandsFor>
+Contest askForEach(Stores& stores, std::size_t size, const Call& plugin, CommandsFor commandsFor) {
+    storeClients(stores.emptyRedis(Stores::clientDb), size);
+    std::vector<std::vector<std::string>> commands(size);
+    for (std::size_t device = 0; device < size; ++device) {
+        commands[device] = commandsFor(device);
+    }
+    return callByCall(size, plugin,
+                      [&redis = stores.rawRedis(Stores::clientDb), commands](std::size_t device) {
+                          for (const std::string& command : commands[device]) {
+                              redis.send(command);
+                          }
+                      });
 }
 
 Contest getDeviceClients(Stores& stores, std::size_t size) {
-    RawRedis& redis = storeClients(stores, size);
-    std::vector<std::string> members;
-    members.reserve(size);
-    for (std::size_t device = 0; device < size; ++device) {
-        members.push_back(RawRedis::wire({"SMEMBERS", clientsKey(device)}));
-    }
-    return callByCall(
-        size,
+    return askForEach(
+        stores, size,
         [&repository = stores.clients()](std::size_t device) {
             repository.GetDeviceClients(static_cast<int>(device));
         },
-        [&redis, members](std::size_t device) { redis.send(members[device]); });
+        [](std::size_t device) {
+            return std::vector{RawRedis::wire({"SMEMBERS", keyOf("clients", device)})};
+        });
 }
 
 Contest getDeviceInfo(Stores& stores, std::size_t size) {
-    RawRedis& redis = storeClients(stores, size);
-    std::vector<std::pair<std::string, std::string>> fields;
-    fields.reserve(size);
-    for (std::size_t device = 0; device < size; ++device) {
-        fields.emplace_back(RawRedis::wire({"HGET", propertiesKey(device), "hw_type"}),
-                            RawRedis::wire({"HGET", propertiesKey(device), "protocol"}));
-    }
-    return callByCall(
-        size,
+    return askForEach(
+        stores, size,
         [&repository = stores.clients()](std::size_t device) {
             repository.GetDeviceInfo(static_cast<int>(device));
         },
-        [&redis, fields](std::size_t device) {
-            redis.send(fields[device].first);
-            redis.send(fields[device].second);
+        [](std::size_t device) {
+            return std::vector{RawRedis::wire({"HGET", keyOf("properties", device), "hw_type"}),
+                               RawRedis::wire({"HGET", keyOf("properties", device), "protocol"})};
         });
 }
 
 } // namespace
 
-void registerDeviceClients(LazyStores& stores) {
-    registerForSizes(stores, "clients GetDeviceClients", readGoal, getDeviceClients);
-    registerForSizes(stores, "clients GetDeviceInfo", readGoal, getDeviceInfo);
+void addDeviceClients(Comparisons& comparisons, LazyStores& stores) {
+    addForSizes(comparisons, stores, "clients GetDeviceClients", readGoal, getDeviceClients);
+    addForSizes(comparisons, stores, "clients GetDeviceInfo", readGoal, getDeviceInfo);
 }
 
 } // namespace bench

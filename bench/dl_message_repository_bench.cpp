@@ -3,11 +3,10 @@
 #include "model/documents/dl_message.h"
 #include "mongo/query.h"
 
-#include <bsoncxx/v1/types/view.hpp>
-#include <mongocxx/v1/insert_one_result.hpp>
 #include <mongocxx/v1/update_one_result.hpp>
 
 #include <numeric>
+#include <optional>
 
 namespace bench {
 
@@ -16,18 +15,15 @@ namespace {
 namespace field = layout::dl_messages;
 using bson_utils::bson_builder;
 using dl_status = model::dl_message::dl_status;
+using Repository = interfaces::IDLAPPMessageRepository;
 
-mongocxx::v1::collection emptyCollection(Stores& stores) {
-    return stores.fresh(field::collection, field::indexes);
-}
-
-mongocxx::v1::collection rawCollection(Stores& stores) {
-    return stores.raw(field::collection);
+RawCollectionPtr emptyCollection(Stores& stores) {
+    return stores.emptyCollection(field::collection, field::indexes);
 }
 
 /// Ten commands a device, a hundred where there are many.
-std::size_t perDevice(std::size_t size) {
-    return size > 100 ? 100 : 10;
+std::vector<model::dl_message> someCommands(std::size_t size) {
+    return commands(size, size > 100 ? 100 : 10);
 }
 
 model::filter_dl filterFor(const std::vector<model::dl_message>& commands) {
@@ -40,9 +36,9 @@ model::filter_dl filterFor(const std::vector<model::dl_message>& commands) {
 }
 
 /// Stores commands; gives their ids.
-std::vector<QString> store(Stores& stores, std::size_t size) {
+std::vector<QString> storeCommands(Stores& stores, std::size_t size) {
     std::vector<QString> ids;
-    for (model::dl_message& command : commands(size, perDevice(size))) {
+    for (model::dl_message& command : someCommands(size)) {
         stores.downlinks().SaveMessage(command);
         ids.push_back(command.db_id);
     }
@@ -59,131 +55,117 @@ Documents queriesById(const std::vector<QString>& ids) {
     return queries;
 }
 
-Contest saveMessage(Stores& stores, std::size_t size) {
-    auto collection = emptyCollection(stores);
-    const auto records = commands(recordsToInsert(size), perDevice(size));
-    return insertByCall(
-        collection, size,
-        [&repository = stores.downlinks(),
-         stored = std::make_shared<std::vector<model::dl_message>>(records)](std::size_t i) {
-            repository.SaveMessage((*stored)[i]);
-        },
-        [raw = rawCollection(stores),
-         documents = std::make_shared<Documents>(documentsOf(records))](std::size_t i) mutable {
-            raw.insert_one((*documents)[i]);
-        });
+bsoncxx::v1::document::value settingStatus(dl_status status) {
+    bson_builder update;
+    update.appendDocument("$set", [&](bson_builder& set) {
+        set.appendInt32(field::status, static_cast<std::int32_t>(status));
+    });
+    return update.take();
 }
 
-Contest getById(Stores& stores, std::size_t size) {
-    auto collection = emptyCollection(stores);
-    const auto ids = store(stores, size);
-    return callByCall(
-        size,
-        [&repository = stores.downlinks(), ids](std::size_t i) { repository.GetById(ids[i]); },
-        [raw = rawCollection(stores), queries = std::make_shared<Documents>(queriesById(ids))](
-            std::size_t i) mutable { raw.find_one((*queries)[i]); });
-}
-
-Contest setStatus(Stores& stores, std::size_t size) {
-    auto collection = emptyCollection(stores);
-    const auto ids = store(stores, size);
-    // Either side undoes what the other did, so that every call changes its document.
-    const auto update = [](dl_status status) {
-        bson_builder update;
-        update.appendDocument("$set", [&](bson_builder& set) {
-            set.appendInt32(field::status, static_cast<std::int32_t>(status));
-        });
-        return update.take();
+void appendNotAcknowledged(bson_builder& query) {
+    const auto either = [](dl_status status) {
+        return [status](bson_builder& alternative) {
+            alternative.appendInt32(field::status, static_cast<std::int32_t>(status));
+        };
     };
-    return callByCall(
-        size,
-        [&repository = stores.downlinks(), ids](std::size_t i) {
-            repository.SetStatus(ids[i], dl_status::EXECUTED);
-        },
-        [raw = rawCollection(stores), queries = std::make_shared<Documents>(queriesById(ids)),
-         ready = update(dl_status::WAIT_DATA)](std::size_t i) mutable {
-            raw.update_one((*queries)[i], ready);
-        });
+    query.appendArray("$or", [&](bson_builder& alternatives) {
+        alternatives.appendDocument("0", either(dl_status::WAIT_DATA));
+        alternatives.appendDocument("1", either(dl_status::PENDING));
+    });
 }
+
+enum class Which { all, notAcknowledged };
 
 /// One request for each device.
-Documents queriesByDevice(const model::filter_dl& filter, bool notAcknowledged) {
+Documents queriesByDevice(const model::filter_dl& filter, Which which) {
     Documents queries;
     for (const int device : filter.modem_ids) {
         bson_builder query;
         query.appendInt32(field::modem_id, device);
         mongo::appendPeriod(query, field::timestamp, filter.begin, filter.end);
-        if (notAcknowledged) {
-            query.appendArray("$or", [](bson_builder& alternatives) {
-                alternatives.appendDocument("0", [](bson_builder& alternative) {
-                    alternative.appendInt32(field::status, 1);
-                });
-                alternatives.appendDocument("1", [](bson_builder& alternative) {
-                    alternative.appendInt32(field::status, 0);
-                });
-            });
+        if (which == Which::notAcknowledged) {
+            appendNotAcknowledged(query);
         }
         queries.push_back(query.take());
     }
     return queries;
 }
 
-using Get = std::shared_ptr<std::map<int, std::list<model::dl_message>>> (
-    interfaces::IDLAPPMessageRepository::*)(const model::filter_dl&);
+Contest saveMessage(Stores& stores, std::size_t size) {
+    const auto records = someCommands(recordsToInsert(size));
+    // The plug-in writes the id that it was given into the record.
+    const auto own = std::make_shared<std::vector<model::dl_message>>(records);
+    return insertByCall(
+        emptyCollection(stores), size,
+        [&repository = stores.downlinks(), own](std::size_t i) {
+            repository.SaveMessage((*own)[i]);
+        },
+        documentsOf(records));
+}
 
-Contest getCommands(Stores& stores, std::size_t size, Get get, bool notAcknowledged) {
-    auto collection = emptyCollection(stores);
-    const auto records = commands(size, perDevice(size));
-    collection.insert_many(documentsOf(records));
-    const auto filter = filterFor(records);
-    const auto ready = std::make_shared<std::vector<ReadyQuery>>();
-    for (auto& query : queriesByDevice(filter, notAcknowledged)) {
-        ready->push_back({std::move(query), mongo::newestFirst(field::timestamp, 0)});
-    }
-    return readContest(
-        [&repository = stores.downlinks(), get, filter] { return (repository.*get)(filter); },
-        [raw = rawCollection(stores), ready]() mutable {
-            std::size_t documents = 0;
-            for (const ReadyQuery& query : *ready) {
-                documents += drain(raw, query);
-            }
-            return documents;
+Contest getById(Stores& stores, std::size_t size) {
+    const auto collection = emptyCollection(stores);
+    const auto ids = storeCommands(stores, size);
+    return callByCall(
+        size,
+        [&repository = stores.downlinks(), ids](std::size_t i) { repository.GetById(ids[i]); },
+        [collection, queries = queriesById(ids)](std::size_t i) {
+            collection->measured.find_one(queries[i]);
         });
 }
 
+Contest setStatus(Stores& stores, std::size_t size) {
+    const auto collection = emptyCollection(stores);
+    const auto ids = storeCommands(stores, size);
+    // Either side undoes what the other did, so that every call changes its document.
+    return callByCall(
+        size,
+        [&repository = stores.downlinks(), ids](std::size_t i) {
+            repository.SetStatus(ids[i], dl_status::EXECUTED);
+        },
+        [collection, queries = queriesById(ids), update = settingStatus(dl_status::WAIT_DATA)](
+            std::size_t i) { collection->measured.update_one(queries[i], update); });
+}
+
+Prepare getCommands(decltype(&Repository::GetCommands) get, Which which) {
+    return [=](Stores& stores, std::size_t size) {
+        const auto collection = emptyCollection(stores);
+        const auto records = someCommands(size);
+        collection->put(documentsOf(records));
+        const auto filter = filterFor(records);
+        std::vector<ReadyQuery> queries;
+        for (auto& query : queriesByDevice(filter, which)) {
+            queries.push_back({std::move(query), mongo::newestFirst(field::timestamp, 0)});
+        }
+        return readContest(
+            [&repository = stores.downlinks(), get, filter] { return (repository.*get)(filter); },
+            collection, std::move(queries));
+    };
+}
+
 Contest deleteMessages(Stores& stores, std::size_t size) {
-    auto collection = emptyCollection(stores);
-    const auto records = commands(size, perDevice(size));
+    const auto records = someCommands(size);
     const auto filter = filterFor(records);
     return deleteContest(
-        collection, documentsOf(records),
+        emptyCollection(stores), documentsOf(records),
         [&repository = stores.downlinks(), filter] {
             repository.DeleteMessages(filter.modem_ids, filter.begin, filter.end);
         },
-        [raw = rawCollection(stores),
-         queries = std::make_shared<Documents>(queriesByDevice(filter, false))]() mutable {
-            for (const auto& query : *queries) {
-                raw.delete_many(query);
-            }
-        });
+        queriesByDevice(filter, Which::all));
 }
 
 } // namespace
 
-void registerDownlinks(LazyStores& stores) {
-    using Repository = interfaces::IDLAPPMessageRepository;
-    registerForSizes(stores, "downlink SaveMessage", writeGoal, saveMessage);
-    registerForSizes(stores, "downlink GetById", readGoal, getById);
-    registerForSizes(stores, "downlink GetCommands", readGoal,
-                     [](Stores& connected, std::size_t size) {
-                         return getCommands(connected, size, &Repository::GetCommands, false);
-                     });
-    registerForSizes(stores, "downlink GetNotAckCommands", readGoal,
-                     [](Stores& connected, std::size_t size) {
-                         return getCommands(connected, size, &Repository::GetNotAckCommands, true);
-                     });
-    registerForSizes(stores, "downlink SetStatus", writeGoal, setStatus);
-    registerForSizes(stores, "downlink DeleteMessages", writeGoal, deleteMessages);
+void addDownlinks(Comparisons& comparisons, LazyStores& stores) {
+    addForSizes(comparisons, stores, "downlink SaveMessage", writeGoal, saveMessage);
+    addForSizes(comparisons, stores, "downlink GetById", readGoal, getById);
+    addForSizes(comparisons, stores, "downlink GetCommands", readGoal,
+                getCommands(&Repository::GetCommands, Which::all));
+    addForSizes(comparisons, stores, "downlink GetNotAckCommands", readGoal,
+                getCommands(&Repository::GetNotAckCommands, Which::notAcknowledged));
+    addForSizes(comparisons, stores, "downlink SetStatus", writeGoal, setStatus);
+    addForSizes(comparisons, stores, "downlink DeleteMessages", writeGoal, deleteMessages);
 }
 
 } // namespace bench

@@ -1,14 +1,12 @@
+#include "bench/device_object_contests.h"
 #include "bench/records.h"
-#include "bench/redis_contests.h"
 #include "model/documents/device_object.h"
 
 #include <hiredis/hiredis.h>
 
 #include <QJsonObject>
 
-#include <stdexcept>
 #include <utility>
-#include <variant>
 
 namespace bench {
 
@@ -30,79 +28,61 @@ void setValues(interfaces::IDriverState& state, int device, const QJsonObject& r
     }
 }
 
-std::shared_ptr<StoredDevices> storeStates(Stores& stores, std::size_t size, Copies copies) {
+DeviceCalls makeStates(Stores& stores, std::size_t size) {
     auto& state = stores.driverState();
     state.SetPrefix(QStringLiteral("bench:state"));
-    const auto meters = telegramMessages();
-    return storeDevices(
-        stores, Stores::stateDb, layout::states::collection, size, copies,
-        [&](int device) {
-            setValues(state, device,
-                      meters[static_cast<std::size_t>(device) % meters.size()].data.object());
-            state.Push(device, copies == Copies::kept);
-        },
-        keyOf);
-}
-
-Contest push(Stores& stores, std::size_t size, bool persist) {
-    const auto devices = storeStates(stores, size, persist ? Copies::kept : Copies::none);
-    return callByCall(
-        size,
-        [&state = stores.driverState(), persist](std::size_t device) {
-            state.Push(static_cast<int>(device), persist);
-        },
-        persist ? rawSetAndUpdate(devices) : rawSet(devices));
-}
-
-Contest pull(Stores& stores, std::size_t size, bool fromCopy) {
-    const auto devices = storeStates(stores, size, fromCopy ? Copies::kept : Copies::none);
-    if (fromCopy) {
-        stores.emptyRedis(Stores::stateDb);
+    int device = 0;
+    for (const model::message& message : messages(size, 0)) {
+        setValues(state, device++, message.data.object());
     }
-    return callByCall(
-        size,
-        [&state = stores.driverState()](std::size_t device) {
-            state.Pull(static_cast<int>(device));
-        },
-        fromCopy ? rawGetAndFind(devices) : rawGet(devices));
+    return {.push = [&state](int of, bool persist) { state.Push(of, persist); },
+            .pull = [&state](int of) { state.Pull(of); }};
+}
+
+DeviceObjects states() {
+    return {.name = "state",
+            .db = Stores::stateDb,
+            .copies = layout::states::collection,
+            .keyOf = keyOf,
+            .make = makeStates};
+}
+
+std::string commandForAll(std::size_t size) {
+    QList<QByteArray> command{"MGET"};
+    for (int device = 0; std::cmp_less(device, size); ++device) {
+        command.append(keyOf(device));
+    }
+    return RawRedis::wire(command);
+}
+
+void scanKeys(RawRedis& redis) {
+    QByteArray cursor = "0";
+    do {
+        const auto reply = redis.run({"SCAN", cursor, "MATCH", "bench:state:*", "COUNT", "1000"});
+        cursor = reply->element[0]->str;
+    } while (cursor != "0");
 }
 
 Contest getAllStates(Stores& stores, std::size_t size) {
-    const auto devices = storeStates(stores, size, Copies::none);
-    QList<QByteArray> allStates{"MGET"};
-    for (int device = 0; std::cmp_less(device, size); ++device) {
-        allStates.append(keyOf(device));
-    }
+    storeObjects(stores, states(), size, false);
     const auto answer = std::make_shared<std::shared_ptr<QHash<int, QJsonObject>>>();
-    return {.subject =
-                [&state = stores.driverState(), answer] {
-                    *answer = state.GetAllStates(QStringLiteral("state"), QStringLiteral("bench"));
-                    return static_cast<std::size_t>((*answer)->size());
-                },
-            .baseline =
-                [devices, ready = RawRedis::wire(allStates)] {
-                    QByteArray cursor = "0";
-                    do {
-                        const auto reply = devices->redis->run(
-                            {"SCAN", cursor, "MATCH", "bench:state:*", "COUNT", "1000"});
-                        cursor = reply->element[0]->str;
-                    } while (cursor != "0");
-                    return devices->redis->send(ready)->elements;
-                },
-            .afterBlock = [answer] { *answer = nullptr; }};
+    const auto ask = [&state = stores.driverState(), answer] {
+        *answer = state.GetAllStates(QStringLiteral("state"), QStringLiteral("bench"));
+        return static_cast<std::size_t>((*answer)->size());
+    };
+    const auto scanAndGet = [&redis = stores.rawRedis(Stores::stateDb),
+                             getAll = commandForAll(size)] {
+        scanKeys(redis);
+        return redis.send(getAll)->elements;
+    };
+    return {.sides = pluginAndRaw(ask, scanAndGet), .afterBlock = [answer] { *answer = nullptr; }};
 }
 
 } // namespace
 
-void registerDriverState(LazyStores& stores) {
-    const auto withFlag = [](auto prepare, bool flag) {
-        return [=](Stores& connected, std::size_t size) { return prepare(connected, size, flag); };
-    };
-    registerForSizes(stores, "state Push", writeGoal, withFlag(push, false));
-    registerForSizes(stores, "state Push persist", writeGoal, withFlag(push, true));
-    registerForSizes(stores, "state Pull", readGoal, withFlag(pull, false));
-    registerForSizes(stores, "state Pull from copy", readGoal, withFlag(pull, true));
-    registerForSizes(stores, "state GetAllStates", readGoal, getAllStates);
+void addDriverState(Comparisons& comparisons, LazyStores& stores) {
+    addDeviceObjects(comparisons, stores, states());
+    addForSizes(comparisons, stores, "state GetAllStates", readGoal, getAllStates);
 }
 
 } // namespace bench

@@ -7,17 +7,17 @@
 #include "host/records/value_builder.h"
 
 #include <QDateTime>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonObject>
 
 #include <algorithm>
+#include <iostream>
 
 namespace bench {
 
 namespace {
 
-constexpr qint64 lifetimeSecs = 12 * 60 * 60;
+constexpr qint64 lifetimeSecs = qint64{12} * 60 * 60;
 
 QDateTime start() {
     static const QDateTime time =
@@ -25,40 +25,110 @@ QDateTime start() {
     return time;
 }
 
-template <typename Read>
-auto fileOf(const char* fileName, Read read) {
-    QFile file(QStringLiteral(KELVRO_HOST_DATA_DIR "/") + QLatin1String(fileName));
-    if (!file.open(QIODevice::ReadOnly)) {
-        throw host::Failure(
-            QStringLiteral("cannot read %1: %2").arg(file.fileName(), file.errorString()));
+template <class Record>
+host::RecordFile<Record> fileOf(const char* name, host::RecordFile<Record> (*read)(QIODevice&)) {
+    host::Console console(std::cerr, host::Console::Kind::Plain);
+    auto file = host::openRecords(QStringLiteral(KELVRO_HOST_DATA_DIR "/") + QLatin1String(name),
+                                  read, console);
+    if (!file.rejected.empty()) {
+        throw host::Failure(file.name + QStringLiteral(" has other lines than records"));
     }
-    auto content = read(file);
-    if (content.records.empty() || !content.rejected.empty()) {
-        throw host::Failure(QStringLiteral("%1: %2 records, %3 lines rejected")
-                                .arg(file.fileName())
-                                .arg(content.records.size())
-                                .arg(content.rejected.size()));
-    }
-    return content;
+    return file;
 }
 
-QString text(const char* prefix, std::size_t number) {
-    return QLatin1String(prefix) + QString::number(number);
+/// A reading some rounds later: as many decimals, up to three, and whole if it was.
+double grown(double reading, std::size_t rounds) {
+    constexpr double thousandths = 1000;
+    return static_cast<double>(qRound64((reading + static_cast<double>(rounds)) * thousandths)) /
+           thousandths;
+}
+
+QJsonObject grown(QJsonObject readings, std::size_t rounds) {
+    for (auto reading = readings.begin(); reading != readings.end(); ++reading) {
+        if (reading.value().isDouble()) {
+            reading.value() = grown(reading.value().toDouble(), rounds);
+        }
+    }
+    return readings;
+}
+
+const std::vector<model::message>& telegramMessages() {
+    static const auto messages =
+        host::buildMessages(fileOf("radio_telegrams.ndjson", host::readTelegrams).records, start());
+    return messages;
+}
+
+const std::vector<model::dev_value>& meterValues() {
+    static const auto values = [] {
+        const auto file = fileOf("meter_readings.ndjson", host::readMeterReadings);
+        return host::buildValues(file.records, host::deviceNumber(file), start());
+    }();
+    return values;
+}
+
+model::dev_value later(model::dev_value value, qint64 secs, std::size_t rounds) {
+    value.timestamp = value.timestamp.addSecs(secs);
+    if (value.value.type() == QVariant::Double) {
+        value.value = grown(value.value.toDouble(), rounds);
+    }
+    return value;
 }
 
 int deviceOf(std::size_t index) {
     return 1 + static_cast<int>(index % 10);
 }
 
-} // namespace
-
-std::vector<model::message> telegramMessages() {
-    return host::buildMessages(fileOf("radio_telegrams.ndjson", host::readTelegrams).records,
-                               start());
+model::dl_queues::element element(int device, int number) {
+    model::dl_queues::element element;
+    element.data = {{QStringLiteral("request"), QStringLiteral("read registers")},
+                    {QStringLiteral("first"), number},
+                    {QStringLiteral("device"), device}};
+    element.type = QStringLiteral("read");
+    element.db_id = QStringLiteral("65f0c0ffee65%1%2")
+                        .arg(device, 8, 16, QLatin1Char('0'))
+                        .arg(number, 4, 16, QLatin1Char('0'));
+    element.status = model::dl_queues::status::WAIT;
+    return element;
 }
 
+QJsonObject deeplyNested(int number) {
+    QJsonObject deep{{QStringLiteral("reading"), number + 0.5}};
+    for (int level = 0; level < 40; ++level) {
+        deep = {{QStringLiteral("level"), level}, {QStringLiteral("next"), deep}};
+    }
+    return deep;
+}
+
+QJsonObject withManyKeys(int number) {
+    QJsonObject wide;
+    for (int i = 0; i < 400; ++i) {
+        const double reading = number + i;
+        wide.insert(QStringLiteral("quantity_%1").arg(i), i % 2 == 0 ? reading + 0.125 : reading);
+    }
+    return wide;
+}
+
+QJsonObject withLongTexts(int number) {
+    const auto sentence = QStringLiteral(u"Zähler %1 geprüft, Siegel unversehrt. ").arg(number);
+    QJsonObject texts;
+    for (int i = 0; i < 8; ++i) {
+        texts.insert(QStringLiteral("note_%1").arg(i), sentence.repeated(60));
+    }
+    return texts;
+}
+
+QJsonObject withLongLists(int number) {
+    QJsonArray profile;
+    for (int i = 0; i < 400; ++i) {
+        profile.append(QJsonArray{1'553'436'000 + 900 * i, number + (i % 97) / 4.0});
+    }
+    return {{QStringLiteral("profile"), profile}};
+}
+
+} // namespace
+
 std::vector<model::message> messages(std::size_t count, quint64 firstId) {
-    const auto originals = telegramMessages();
+    const auto& originals = telegramMessages();
     std::vector<model::message> messages;
     messages.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -66,26 +136,24 @@ std::vector<model::message> messages(std::size_t count, quint64 firstId) {
         message.unique_id = firstId + i;
         message.timestamp = start().addSecs(-static_cast<qint64>(i));
         message.time_detected = message.timestamp.addSecs(-2);
+        message.data = QJsonDocument{grown(message.data.object(), i / originals.size())};
+        // Nobody decodes the last bytes again.
+        message.payload = message.payload.chopped(8) + QByteArray::number(quint64{10'000'000} + i);
         messages.push_back(std::move(message));
     }
     return messages;
 }
 
-std::vector<model::dev_value> meterValues() {
-    const auto file = fileOf("meter_readings.ndjson", host::readMeterReadings);
-    return host::buildValues(file.records, host::deviceNumber(file), start());
-}
-
 std::vector<model::dev_value> values(std::size_t count) {
-    const auto originals = meterValues();
     constexpr qint64 roundSecs = 300;
+    const auto& originals = meterValues();
     std::vector<model::dev_value> values;
     values.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
-        model::dev_value value = originals[i % originals.size()];
+        const std::size_t round = i / originals.size();
+        auto value =
+            later(originals[i % originals.size()], roundSecs * static_cast<qint64>(round), round);
         value.modem_id = deviceOf(i / 32);
-        value.timestamp =
-            value.timestamp.addSecs(roundSecs * static_cast<qint64>(i / originals.size()));
         values.push_back(std::move(value));
     }
     return values;
@@ -103,16 +171,14 @@ std::vector<QString> numericObisCodes(std::size_t count) {
 }
 
 std::vector<model::dev_value> numericValues(int devices, const std::vector<QString>& obisCodes) {
-    const auto originals = meterValues();
     std::vector<model::dev_value> values;
     for (int device = 1; device <= devices; ++device) {
         for (const QString& obisCode : obisCodes) {
-            for (const qint64 laterSecs : {0, 60}) {
-                model::dev_value value =
-                    *std::ranges::find(originals, obisCode, &model::dev_value::obis_code);
-                value.modem_id = device;
-                value.timestamp = value.timestamp.addSecs(laterSecs);
-                values.push_back(std::move(value));
+            const auto& original =
+                *std::ranges::find(meterValues(), obisCode, &model::dev_value::obis_code);
+            for (const qint64 secs : {0, 60}) {
+                values.push_back(later(original, secs, static_cast<std::size_t>(device)));
+                values.back().modem_id = device;
             }
         }
     }
@@ -132,11 +198,11 @@ std::vector<model::dev_event> events(std::size_t count) {
         event.modem_id = deviceOf(i);
         event.timestamp = start().addSecs(-static_cast<qint64>(i));
         event.event_code = static_cast<int>(i % texts.size());
-        event.message_id = text("", 1'700'000'000'000 + i);
+        event.message_id = QString::number(quint64{1'700'000'000'000} + i);
         event.message = texts[i % texts.size()];
         event.extended_data = QJsonDocument{QJsonObject{
             {QStringLiteral("source"), QStringLiteral("status word")},
-            {QStringLiteral("phase"), static_cast<int>(i % 3)},
+            {QStringLiteral("count"), static_cast<int>(i)},
         }};
         event.parameter = static_cast<int>(i % 8);
         event.ttl = start().addSecs(lifetimeSecs);
@@ -157,7 +223,7 @@ std::vector<model::dl_message> commands(std::size_t count, std::size_t perDevice
         command.api_key = QStringLiteral("bench");
         command.data = {
             {QStringLiteral("request"), QStringLiteral("read registers")},
-            {QStringLiteral("first"), static_cast<int>(i % 100)},
+            {QStringLiteral("first"), static_cast<int>(i)},
             {QStringLiteral("count"), 8},
             {QStringLiteral("schedule"), QJsonObject{{QStringLiteral("window"), QJsonArray{6, 22}},
                                                      {QStringLiteral("retry"), true}}},
@@ -177,15 +243,7 @@ model::dl_queues queues(int device) {
         queue.timeout = 60;
         queue.status = model::dl_queues::status::WAIT;
         for (int i = 0; i < 3; ++i) {
-            model::dl_queues::element element;
-            element.data = {{QStringLiteral("request"), QStringLiteral("read registers")},
-                            {QStringLiteral("first"), i},
-                            {QStringLiteral("device"), device}};
-            element.type = QStringLiteral("read");
-            element.db_id =
-                QStringLiteral("65f0c0ffee65f0c0ffee%1").arg(i, 4, 16, QLatin1Char('0'));
-            element.status = model::dl_queues::status::WAIT;
-            queue.elements.insert(QString::number(i), element);
+            queue.elements.insert(QString::number(i), element(device, i));
         }
         queues.dl.insert(name, queue);
     }
@@ -194,39 +252,20 @@ model::dl_queues queues(int device) {
 }
 
 std::vector<MadeUp> madeUpDocuments() {
-    QJsonObject deep{{QStringLiteral("reading"), 21.5}};
-    for (std::size_t level = 0; level < 40; ++level) {
-        deep = {{QStringLiteral("level"), static_cast<int>(level)}, {QStringLiteral("next"), deep}};
-    }
-    QJsonObject wide;
-    for (std::size_t i = 0; i < 400; ++i) {
-        wide.insert(text("quantity_", i),
-                    i % 2 == 0 ? static_cast<double>(i) / 8 : static_cast<double>(i));
-    }
-    QJsonObject texts;
-    for (std::size_t i = 0; i < 8; ++i) {
-        texts.insert(text("note_", i),
-                     QString::fromUtf8("Zähler geprüft, Siegel unversehrt. ").repeated(60));
-    }
-    QJsonArray profile;
-    for (std::size_t i = 0; i < 400; ++i) {
-        profile.append(
-            QJsonArray{static_cast<int>(1'553'436'000 + 900 * i), static_cast<double>(i % 97) / 4});
-    }
-    return {
-        {QStringLiteral("deeply nested"), QJsonDocument{deep}},
-        {QStringLiteral("400 keys"), QJsonDocument{wide}},
-        {QStringLiteral("long texts"), QJsonDocument{texts}},
-        {QStringLiteral("lists"), QJsonDocument{QJsonObject{{QStringLiteral("profile"), profile}}}},
-    };
+    return {{"deeply nested", deeplyNested},
+            {"400 keys", withManyKeys},
+            {"long texts", withLongTexts},
+            {"lists", withLongLists}};
 }
 
-std::vector<model::message> messagesWith(const QJsonDocument& data) {
-    auto messages = telegramMessages();
-    for (model::message& message : messages) {
-        message.data = data;
+std::vector<model::message> messagesWith(const std::function<QJsonObject(int number)>& data,
+                                         std::size_t count) {
+    auto all = messages(count, 0);
+    int number = 0;
+    for (model::message& message : all) {
+        message.data = QJsonDocument{data(number++)};
     }
-    return messages;
+    return all;
 }
 
 } // namespace bench

@@ -6,30 +6,28 @@
 #include "model/dl_queues.h"
 #include "model/message.h"
 
-#include <QJsonDocument>
+#include <QJsonObject>
 #include <QString>
 
 #include <cstddef>
+#include <functional>
+#include <string>
 #include <vector>
 
 /// The records that are stored and read: those of real meters, as the reference host makes them,
 /// and made-up ones where there is nothing real.
 ///
-/// Longer lists than the files give repeat them with other ids and times. All times are whole
-/// seconds; everything expires 12 hours after the program's start. Throws host::Failure if a file
-/// is missing or holds anything but what it should.
+/// Longer lists than the files give go through them again and again, with other ids, times and
+/// readings: no two records of a list are the same, nor are their nested documents but for those
+/// of meter readings, which name the unit. All times are whole seconds; everything expires 12 hours
+/// after the program's start. Throws host::Failure if a file is missing or holds anything but what
+/// it should.
 namespace bench {
 
-/// One message for each telegram of a real meter.
-std::vector<model::message> telegramMessages();
-
-/// `count` messages of those meters; unique_id counts up from `firstId`, timestamps go back.
+/// Telegrams of real meters; unique_id counts up from `firstId`, timestamps go back.
 std::vector<model::message> messages(std::size_t count, quint64 firstId);
 
-/// The readings that one real meter sent in less than five minutes.
-std::vector<model::dev_value> meterValues();
-
-/// `count` of them, each round later than the last one, by ten devices.
+/// The readings of a real meter by ten devices, each round later than the last one.
 std::vector<model::dev_value> values(std::size_t count);
 
 /// Two numeric readings at different times for each device 1…`devices` and each of `obisCodes`.
@@ -47,16 +45,17 @@ std::vector<model::dl_message> commands(std::size_t count, std::size_t perDevice
 /// The queues of one device: two queues with three elements each.
 model::dl_queues queues(int device);
 
-/// A made-up document.
+/// Made-up documents of one kind; each number gives another one.
 struct MadeUp {
-    QString name;
-    QJsonDocument json;
+    std::string name;
+    std::function<QJsonObject(int number)> make;
 };
 
 /// Deeply nested, with many keys, with long texts, with long lists.
 std::vector<MadeUp> madeUpDocuments();
 
-/// The telegrams' messages with one of those documents as `data`.
-std::vector<model::message> messagesWith(const QJsonDocument& data);
+/// Telegrams' messages with made-up documents as `data`.
+std::vector<model::message> messagesWith(const std::function<QJsonObject(int number)>& data,
+                                         std::size_t count);
 
 } // namespace bench

@@ -10,7 +10,6 @@
 
 #include <QRegularExpression>
 
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
@@ -18,20 +17,11 @@ namespace bench {
 
 namespace {
 
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);
-    if (value == nullptr || *value == '\0') {
-        throw std::runtime_error(std::string(name) +
-                                 " is not set; ./dev bench starts servers and sets it");
-    }
-    return value;
-}
-
-QUrl redisUrl() {
-    return QUrl(QString::fromStdString(environment("REDIS_URL")));
-}
-
 QJsonObject settings() {
+    if (!qEnvironmentVariableIsSet("REDIS_URL")) {
+        // The default server's databases are not ours to empty.
+        throw std::runtime_error("REDIS_URL is not set; ./dev bench starts servers and sets it");
+    }
     auto settings = host::settingsFromEnvironment();
     auto redis = settings.value(QLatin1String("redis")).toObject();
     redis.insert(QStringLiteral("cleint_db"), Stores::clientDb);
@@ -41,12 +31,14 @@ QJsonObject settings() {
     return settings;
 }
 
+mongocxx::v1::client mongoClient(const QJsonObject& settings) {
+    const QString url = settings.value(QLatin1String("url")).toString();
+    return mongocxx::v1::client{mongocxx::v1::uri(url.toStdString())};
+}
+
 void refuseForeignDocuments(mongocxx::v1::database database) {
-    const char* allowed = std::getenv("KELVRO_ALLOW_DROP");
-    if (allowed != nullptr && std::string_view(allowed) == "1") {
-        return;
-    }
-    if (!database.list_collection_names().empty()) {
+    const bool allowed = qEnvironmentVariable("KELVRO_ALLOW_DROP") == QLatin1String("1");
+    if (!allowed && !database.list_collection_names().empty()) {
         throw std::runtime_error(
             "the server of MONGODB_URL has a database \"kelvrostorage\" with collections in it, "
             "which the benchmarks would drop; KELVRO_ALLOW_DROP=1 allows that");
@@ -66,19 +58,20 @@ void refuseForeignKeys(RawRedis& redis) {
 
 } // namespace
 
-Stores::Stores()
-    : m_client(mongocxx::v1::uri(environment("MONGODB_URL"))), m_redis(redisUrl()),
-      m_measuredClient(mongocxx::v1::uri(environment("MONGODB_URL"))), m_measuredRedis(redisUrl()),
-      m_plugin(QString::fromStdString(environment("KELVROSTORAGE_PLUGIN"))) {
+Stores::Stores() : Stores(settings()) {}
+
+Stores::Stores(const QJsonObject& settings)
+    : m_client(mongoClient(settings)), m_measuredClient(mongoClient(settings)),
+      m_redis(host::redisSettings(settings)), m_measuredRedis(host::redisSettings(settings)),
+      m_plugin(qEnvironmentVariable("KELVROSTORAGE_PLUGIN")) {
     refuseForeignDocuments(database());
     refuseForeignKeys(m_redis);
     database().drop();
-    const QJsonObject json = settings();
     auto& factory = m_plugin.factory();
-    m_messages = factory.CreateMessageDatabaseInst(json, nullptr);
-    m_eav = factory.CreateEavDatabaseInst(json, nullptr);
-    m_driverState = factory.CreateDriverStateInst(json, nullptr);
-    m_clients = factory.CreateClientDatabaseInst(json, nullptr);
+    m_messages = factory.CreateMessageDatabaseInst(settings, nullptr);
+    m_eav = factory.CreateEavDatabaseInst(settings, nullptr);
+    m_driverState = factory.CreateDriverStateInst(settings, nullptr);
+    m_clients = factory.CreateClientDatabaseInst(settings, nullptr);
 }
 
 Stores::~Stores() {
@@ -96,26 +89,28 @@ mongocxx::v1::database Stores::database() {
     return m_client.database(mongo::databaseName);
 }
 
-mongocxx::v1::collection Stores::raw(std::string_view collection) {
-    return m_measuredClient.database(mongo::databaseName).collection(collection);
-}
-
 RawRedis& Stores::rawRedis(int db) {
     m_measuredRedis.select(db);
     return m_measuredRedis;
 }
 
-mongocxx::v1::collection Stores::fresh(std::string_view collection,
-                                       std::span<const layout::index> indexes) {
+RawCollectionPtr Stores::emptyCollection(std::string_view collection,
+                                         std::span<const layout::index> indexes) {
     auto made = database().collection(collection);
     made.drop();
     mongo::createIndexes(made, indexes);
-    return made;
+    return std::make_shared<RawCollection>(RawCollection{
+        .measured = m_measuredClient.database(mongo::databaseName).collection(collection),
+        .unmeasured = std::move(made)});
+}
+
+RawRedis& Stores::otherRedis(int db) {
+    m_redis.select(db);
+    return m_redis;
 }
 
 RawRedis& Stores::emptyRedis(int db) {
-    m_redis.select(db);
-    m_redis.run({"FLUSHDB"});
+    otherRedis(db).run({"FLUSHDB"});
     return m_redis;
 }
 
@@ -136,18 +131,6 @@ QJsonObject Stores::versions() {
                            .match(QString::fromLatin1(redis->str, static_cast<int>(redis->len)));
     versions.insert(QStringLiteral("Redis"), found.captured(1));
     return versions;
-}
-
-std::size_t countDocuments(mongocxx::v1::collection& collection) {
-    return static_cast<std::size_t>(collection.count_documents(bsoncxx::v1::document::view{}));
-}
-
-void requireDocuments(mongocxx::v1::collection& collection, std::size_t expected) {
-    const std::size_t stored = countDocuments(collection);
-    if (stored != expected) {
-        throw std::runtime_error("the collection holds " + std::to_string(stored) +
-                                 " documents instead of " + std::to_string(expected));
-    }
 }
 
 } // namespace bench

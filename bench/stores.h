@@ -1,6 +1,7 @@
 #pragma once
 
-#include "bench/raw_redis.h"
+#include "bench/baselines/raw_collection.h"
+#include "bench/baselines/raw_redis.h"
 #include "host/plugin_file.h"
 #include "interfaces/idevice_clients_database.h"
 #include "interfaces/idevice_clients_repository.h"
@@ -13,27 +14,25 @@
 #include "interfaces/iul_app_message_repository.h"
 #include "model/documents/index_layout.h"
 
-#include <bsoncxx/v1/document/value.hpp>
-#include <bsoncxx/v1/document/view.hpp>
 #include <mongocxx/v1/client.hpp>
-#include <mongocxx/v1/collection.hpp>
 #include <mongocxx/v1/database.hpp>
 #include <mongocxx/v1/instance.hpp>
 
 #include <QJsonObject>
 
+#include <future>
 #include <memory>
 #include <span>
 #include <string_view>
-#include <vector>
 
 namespace bench {
 
 /// The plug-in, loaded from its file as a host does, and beside it bare connections of the client
-/// libraries to the same servers.
+/// libraries to the same servers: one pair that is measured and one for all other work.
 ///
 /// Uses the plug-in's fixed database, which it drops at the end, and three databases of the Redis
-/// server, which it leaves empty.
+/// server, which it leaves empty. At most one in a process: the MongoDB driver's instance cannot be
+/// made twice.
 class Stores {
 public:
     /// Takes the servers from MONGODB_URL and REDIS_URL and the file from KELVROSTORAGE_PLUGIN.
@@ -42,6 +41,8 @@ public:
     /// not say that they may go.
     Stores();
     ~Stores();
+    Stores(const Stores&) = delete;
+    Stores& operator=(const Stores&) = delete;
 
     interfaces::IULAPPMessageRepository& uplinks() { return *m_messages->UlMessageRepository(); }
     interfaces::IDLAPPMessageRepository& downlinks() { return *m_messages->DlMessageRepository(); }
@@ -51,17 +52,14 @@ public:
         return *m_clients->DeviceClientsRepository();
     }
 
-    /// The bare connections that are measured.
-    mongocxx::v1::collection raw(std::string_view collection);
-    RawRedis& rawRedis(int db);
+    /// The collection made anew, without documents, with the plug-in's indexes.
+    RawCollectionPtr emptyCollection(std::string_view collection,
+                                     std::span<const layout::index> indexes);
 
-    /// What a comparison needs done before and after its blocks goes by connections of their own,
-    /// lest one of the measured ones comes warm from it.
-    ///
-    /// The collection without documents: made anew, with the plug-in's indexes.
-    mongocxx::v1::collection fresh(std::string_view collection,
-                                   std::span<const layout::index> indexes);
-    /// With one of the databases selected and empty.
+    /// The measured connection, with one of the databases selected, and the other one.
+    RawRedis& rawRedis(int db);
+    RawRedis& otherRedis(int db);
+    /// The other one, with the database emptied.
     RawRedis& emptyRedis(int db);
 
     static constexpr int clientDb = 13;
@@ -72,12 +70,14 @@ public:
     QJsonObject versions();
 
 private:
+    explicit Stores(const QJsonObject& settings);
+
     mongocxx::v1::database database();
 
     mongocxx::v1::instance m_instance;
     mongocxx::v1::client m_client;
-    RawRedis m_redis;
     mongocxx::v1::client m_measuredClient;
+    RawRedis m_redis;
     RawRedis m_measuredRedis;
     host::PluginFile m_plugin;
     std::shared_ptr<interfaces::IMessagesDatabase> m_messages;
@@ -86,25 +86,15 @@ private:
     std::shared_ptr<interfaces::IDeviceClientsDatabase> m_clients;
 };
 
-/// Connects when it is first asked, so that listing the benchmarks needs no server.
+/// Connects when it is first asked, so that listing the benchmarks needs no server. Once in vain is
+/// in vain for good: every call throws then.
 class LazyStores {
 public:
-    Stores& operator()() {
-        if (!m_stores) {
-            m_stores = std::make_unique<Stores>();
-        }
-        return *m_stores;
-    }
+    Stores& operator()() { return *m_stores.get(); }
 
 private:
-    std::unique_ptr<Stores> m_stores;
+    std::shared_future<std::unique_ptr<Stores>> m_stores =
+        std::async(std::launch::deferred, [] { return std::make_unique<Stores>(); });
 };
-
-using Documents = std::vector<bsoncxx::v1::document::value>;
-
-std::size_t countDocuments(mongocxx::v1::collection& collection);
-
-/// Throws std::runtime_error unless the collection holds this many documents.
-void requireDocuments(mongocxx::v1::collection& collection, std::size_t expected);
 
 } // namespace bench

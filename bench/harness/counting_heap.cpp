@@ -1,4 +1,4 @@
-#include "bench/counting_heap.h"
+#include "bench/harness/counting_heap.h"
 
 #include <malloc.h>
 

@@ -1,35 +1,15 @@
-#include "bench/text_path.h"
+#include "bench/baselines/text_path.h"
 
-#include "model/bson/bson_builder.h"
-
-#include <bson/bson.h>
+#include "model/bson/json_document.h"
+#include "model/bson/legacy_fields.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <memory>
-#include <stdexcept>
-
 namespace bench::text_path {
 
 namespace {
-
-QJsonObject parsedText(const bsoncxx::v1::document::view& document) {
-    bson_t bson;
-    if (!bson_init_static(&bson, document.data(), document.size())) {
-        throw std::runtime_error("not a BSON document");
-    }
-    std::size_t length = 0;
-    const std::unique_ptr<char, decltype(&bson_free)> text{
-        bson_as_legacy_extended_json(&bson, &length), &bson_free};
-    return QJsonDocument::fromJson(QByteArray::fromRawData(text.get(), static_cast<int>(length)))
-        .object();
-}
-
-QDateTime localSecs(const QJsonValue& secs) {
-    return QDateTime::fromSecsSinceEpoch(static_cast<qint64>(secs.toDouble()));
-}
 
 QJsonObject wrapped(const QString& wrapper, const QJsonValue& value) {
     return {{wrapper, value}};
@@ -51,66 +31,56 @@ QString hex(const QByteArray& bytes) {
     return QString::fromLatin1(bytes.toHex());
 }
 
-QJsonValue withDoubles(const QJsonValue& value);
-
-// Every number a double, as the command's writer stores it.
-QJsonObject withDoubles(const QJsonObject& object) {
-    QJsonObject json;
-    for (auto member = object.constBegin(); member != object.constEnd(); ++member) {
-        json.insert(member.key(), withDoubles(member.value()));
-    }
-    return json;
-}
-
+/// Every number a double, as the command's writer stores it.
 QJsonValue withDoubles(const QJsonValue& value) {
+    const auto convertEach = [](auto container) {
+        for (auto member = container.begin(); member != container.end(); ++member) {
+            *member = withDoubles(*member);
+        }
+        return container;
+    };
     switch (value.type()) {
     case QJsonValue::Double:
         return wrapped(QStringLiteral("$numberDouble"), QString::number(value.toDouble(), 'g', 17));
     case QJsonValue::Object:
-        return withDoubles(value.toObject());
-    case QJsonValue::Array: {
-        QJsonArray array;
-        for (const QJsonValue& element : value.toArray()) {
-            array.append(withDoubles(element));
-        }
-        return array;
-    }
+        return convertEach(value.toObject());
+    case QJsonValue::Array:
+        return convertEach(value.toArray());
     default:
         return value;
     }
 }
 
 bsoncxx::v1::document::value parsed(const QJsonObject& json) {
-    const QByteArray text = QJsonDocument{json}.toJson(QJsonDocument::Compact);
-    bson_utils::bson_builder document;
-    document.readJson({text.constData(), static_cast<std::size_t>(text.size())});
-    return document.take();
+    return bson_utils::writeText(QJsonDocument{json});
 }
 
 } // namespace
 
-model::message readUL(const bsoncxx::v1::document::view& document) {
-    const QJsonObject json = parsedText(document);
-    const auto value = [&](const char* key) { return json.value(QLatin1String(key)); };
+template <>
+model::message read(const bsoncxx::v1::document::view& document) {
+    const bson_utils::legacy_fields fields{document};
+    const auto localSecs = [&](const char* key) {
+        return QDateTime::fromSecsSinceEpoch(fields.number(key));
+    };
     model::message message;
-    message.unique_id = value("_id").toString().toULongLong(nullptr, 16);
-    message.modem_id = value("modem_id").toInt();
-    message.station_id = value("station_id").toInt();
-    message.phy = value("phy").toString();
-    message.rssi = value("rssi").toInt();
-    message.snr = value("snr").toInt();
-    message.ttl = QDateTime::fromMSecsSinceEpoch(
-        static_cast<qint64>(value("ttl").toObject().value(QLatin1String("$date")).toDouble()));
-    message.timestamp = localSecs(value("timestamp"));
-    message.time_detected = localSecs(value("time_detected"));
-    message.bs_timezone_offset = value("bs_timezone_offset").toInt();
-    message.tag = value("tag").toString();
-    message.hw_type = value("hw_type").toString();
-    message.protocol = value("protocol").toString();
-    message.extended_data = QJsonDocument{value("extended_data").toObject()};
-    message.data = QJsonDocument{value("data").toObject()};
-    message.payload = QByteArray::fromHex(value("payload").toString().toLatin1());
-    message.parse_status = value("parse_status").toString();
+    message.unique_id = fields.text("_id").toULongLong(nullptr, 16);
+    message.modem_id = fields.number("modem_id");
+    message.station_id = fields.number("station_id");
+    message.phy = fields.text("phy");
+    message.rssi = fields.number("rssi");
+    message.snr = fields.number("snr");
+    message.ttl = fields.localTime("ttl");
+    message.timestamp = localSecs("timestamp");
+    message.time_detected = localSecs("time_detected");
+    message.bs_timezone_offset = fields.number("bs_timezone_offset");
+    message.tag = fields.text("tag");
+    message.hw_type = fields.text("hw_type");
+    message.protocol = fields.text("protocol");
+    message.extended_data = QJsonDocument{fields.object("extended_data")};
+    message.data = QJsonDocument{fields.object("data")};
+    message.payload = fields.hexBytes("payload");
+    message.parse_status = fields.text("parse_status");
     return message;
 }
 

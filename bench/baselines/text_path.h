@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/bson/record_reader.h"
 #include "model/dev_event.h"
 #include "model/dev_value.h"
 #include "model/dl_message.h"
@@ -8,14 +9,19 @@
 #include <bsoncxx/v1/document/value.hpp>
 #include <bsoncxx/v1/document/view.hpp>
 
-/// The plain way between records and BSON, by way of JSON text: what the codecs are measured
-/// against. For documents with the types that the writers write, it gives the same.
-///
-/// The readers of downlink commands, values and events by text are the product's own plain ones.
+/// Records to BSON and back by way of JSON text: what the codecs are measured against. For
+/// documents as the product writes them it gives the same.
 namespace bench::text_path {
 
-/// libbson renders legacy extended JSON, Qt parses it, the members are picked one by one.
-model::message readUL(const bsoncxx::v1::document::view& document);
+/// The product's own plain reader goes this way.
+template <typename Record>
+Record read(const bsoncxx::v1::document::view& document) {
+    return bson_utils::readPlain<Record>(document);
+}
+
+/// That of uplinks does not: it takes value by value.
+template <>
+model::message read(const bsoncxx::v1::document::view& document);
 
 /// A JSON object with extended-JSON wrappers for the dates and numbers that need them, rendered by
 /// Qt and parsed by libbson. The members stand in the order of their keys.

@@ -1,34 +1,18 @@
-#include "bench/raw_redis.h"
-
-#include <hiredis/hiredis.h>
+#include "bench/baselines/raw_redis.h"
 
 #include <stdexcept>
 #include <vector>
 
 namespace bench {
 
-namespace {
-
-constexpr int defaultPort = 6379;
-
-} // namespace
-
-void RawRedis::ReplyDeleter::operator()(redisReply* reply) const noexcept {
-    ::freeReplyObject(reply);
-}
-
-void RawRedis::ContextDeleter::operator()(redisContext* context) const noexcept {
-    ::redisFree(context);
-}
-
-RawRedis::RawRedis(const QUrl& url)
-    : m_context(::redisConnect(url.host().toUtf8().constData(), url.port(defaultPort))) {
+RawRedis::RawRedis(const host::RedisSettings& settings)
+    : m_context(::redisConnect(settings.host.toUtf8().constData(), settings.port)) {
     if (m_context == nullptr || m_context->err != 0) {
-        throw std::runtime_error("cannot reach the server of REDIS_URL: " +
+        throw std::runtime_error("cannot reach the Redis server: " +
                                  std::string(m_context ? m_context->errstr : "no memory"));
     }
-    if (!url.password().isEmpty()) {
-        run({"AUTH", url.password().toUtf8()});
+    if (!settings.auth.isEmpty()) {
+        run({"AUTH", settings.auth.toUtf8()});
     }
 }
 
@@ -61,10 +45,6 @@ RawRedis::Reply RawRedis::send(const std::string& wire) {
         throw std::runtime_error("Redis refuses: " + std::string(reply->str, reply->len));
     }
     return reply;
-}
-
-void RawRedis::select(int db) {
-    run({"SELECT", QByteArray::number(db)});
 }
 
 } // namespace bench

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "host/input/settings.h"
+
+#include <hiredis/hiredis.h>
+
 #include <QByteArray>
 #include <QList>
-#include <QUrl>
 
 #include <memory>
 #include <string>
-
-struct redisContext;
-struct redisReply;
 
 namespace bench {
 
@@ -18,13 +18,13 @@ namespace bench {
 /// answer is an error.
 class RawRedis {
 public:
-    struct ReplyDeleter {
-        void operator()(redisReply* reply) const noexcept;
+    struct Release {
+        void operator()(redisReply* reply) const noexcept { ::freeReplyObject(reply); }
+        void operator()(redisContext* context) const noexcept { ::redisFree(context); }
     };
-    using Reply = std::unique_ptr<redisReply, ReplyDeleter>;
+    using Reply = std::unique_ptr<redisReply, Release>;
 
-    /// redis://[:PASSWORD@]HOST[:PORT]
-    explicit RawRedis(const QUrl& url);
+    explicit RawRedis(const host::RedisSettings& settings);
 
     /// The bytes of a command as they are sent.
     static std::string wire(const QList<QByteArray>& command);
@@ -33,14 +33,10 @@ public:
     Reply send(const std::string& wire);
     Reply run(const QList<QByteArray>& command) { return send(wire(command)); }
 
-    void select(int db);
+    void select(int db) { run({"SELECT", QByteArray::number(db)}); }
 
 private:
-    struct ContextDeleter {
-        void operator()(redisContext* context) const noexcept;
-    };
-
-    std::unique_ptr<redisContext, ContextDeleter> m_context;
+    std::unique_ptr<redisContext, Release> m_context;
 };
 
 } // namespace bench

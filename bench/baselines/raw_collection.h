@@ -1,0 +1,52 @@
+#pragma once
+
+#include "model/bson_utils.h"
+
+#include <bsoncxx/v1/document/value.hpp>
+#include <mongocxx/v1/collection.hpp>
+#include <mongocxx/v1/find_options.hpp>
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace bench {
+
+using Documents = std::vector<bsoncxx::v1::document::value>;
+
+template <typename Records>
+Documents documentsOf(const Records& records) {
+    Documents documents;
+    for (const auto& record : records) {
+        documents.push_back(bson_utils::toBson(record));
+    }
+    return documents;
+}
+
+/// A query as both sides send it.
+struct ReadyQuery {
+    bsoncxx::v1::document::value filter;
+    mongocxx::v1::find_options options;
+};
+
+/// One of the plug-in's collections by the bare client library: what the MongoDB stores are
+/// measured against, and what a comparison needs done before and after its blocks. The two go by
+/// connections of their own, lest the measured one comes warm from the other work.
+struct RawCollection {
+    mongocxx::v1::collection measured;
+    mongocxx::v1::collection unmeasured;
+
+    /// Takes every document of the answers from the cursors without looking into it.
+    std::size_t drain(const std::vector<ReadyQuery>& queries);
+    void erase(const Documents& filters);
+
+    // Not measured.
+    void put(const Documents& documents);
+    void clear();
+    /// Throws std::runtime_error unless the collection holds this many documents.
+    void require(std::size_t documents);
+};
+
+using RawCollectionPtr = std::shared_ptr<RawCollection>;
+
+} // namespace bench

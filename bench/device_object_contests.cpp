@@ -1,0 +1,140 @@
+#include "bench/device_object_contests.h"
+
+#include "model/documents/device_object.h"
+#include "mongo/query.h"
+
+#include <bsoncxx/v1/types/view.hpp>
+#include <hiredis/hiredis.h>
+#include <mongocxx/v1/cursor.hpp>
+#include <mongocxx/v1/update_one_options.hpp>
+#include <mongocxx/v1/update_one_result.hpp>
+
+#include <stdexcept>
+#include <utility>
+
+namespace bench {
+
+namespace {
+
+namespace field = layout::persistent;
+using bson_utils::bson_builder;
+
+/// What the raw side sends for each device: made of what the plug-in has stored, so both sides
+/// store the same. Without copies there are no queries and no updates.
+struct RawObjects {
+    RawRedis& redis;
+    RawCollectionPtr copies;
+    std::vector<std::string> gets;
+    std::vector<std::string> sets;
+    Documents queries;
+    Documents updates;
+};
+
+struct Prepared {
+    DeviceCalls plugin;
+    std::shared_ptr<const RawObjects> raw;
+};
+
+bsoncxx::v1::document::value queryById(int device) {
+    bson_builder query;
+    query.appendInt32(field::id, device);
+    return query.take();
+}
+
+bsoncxx::v1::document::value update(int device, const bsoncxx::v1::document::view& state) {
+    bson_builder update;
+    update.appendDocument("$set", [&](bson_builder& set) {
+        set.appendInt32(field::id, device);
+        set.appendDocument(field::state, state);
+    });
+    return update.take();
+}
+
+void readTexts(RawRedis& redis, const DeviceObjects& objects, std::size_t size, RawObjects& raw) {
+    for (int device = 0; std::cmp_less(device, size); ++device) {
+        const QByteArray key = objects.keyOf(device);
+        const auto text = redis.run({"GET", key});
+        if (text->type != REDIS_REPLY_STRING) {
+            throw std::runtime_error("the plug-in has not stored the device's object in Redis");
+        }
+        const QByteArray json(text->str, static_cast<int>(text->len));
+        raw.gets.push_back(RawRedis::wire({"GET", key}));
+        raw.sets.push_back(RawRedis::wire({"SET", key, json}));
+    }
+}
+
+void readCopies(RawObjects& raw) {
+    auto cursor = raw.copies->unmeasured.find(bsoncxx::v1::document::view{},
+                                              mongo::oldestFirst(field::id, 0));
+    for (const auto& copy : cursor) {
+        const int device = copy[field::id].get_int32().value;
+        raw.queries.push_back(queryById(device));
+        raw.updates.push_back(update(device, copy[field::state].get_document().value));
+    }
+}
+
+Prepared prepare(Stores& stores, const DeviceObjects& objects, std::size_t size, bool persist) {
+    const auto copies = stores.emptyCollection(objects.copies, field::indexes);
+    const auto plugin = storeObjects(stores, objects, size, persist);
+    copies->require(persist ? size : 0);
+    RawObjects raw{stores.rawRedis(objects.db), copies, {}, {}, {}, {}};
+    readTexts(stores.otherRedis(objects.db), objects, size, raw);
+    readCopies(raw);
+    return {plugin, std::make_shared<const RawObjects>(std::move(raw))};
+}
+
+Contest push(Stores& stores, const DeviceObjects& objects, std::size_t size, bool persist) {
+    const auto [plugin, raw] = prepare(stores, objects, size, persist);
+    mongocxx::v1::update_one_options upsert;
+    upsert.upsert(true);
+    return callByCall(
+        size, [push = plugin.push, persist](std::size_t i) { push(static_cast<int>(i), persist); },
+        [raw = raw, persist, upsert](std::size_t i) {
+            raw->redis.send(raw->sets[i]);
+            if (persist) {
+                raw->copies->measured.update_one(raw->queries[i], raw->updates[i], upsert);
+            }
+        });
+}
+
+Contest pull(Stores& stores, const DeviceObjects& objects, std::size_t size, bool fromCopy) {
+    const auto [plugin, raw] = prepare(stores, objects, size, fromCopy);
+    if (fromCopy) {
+        stores.emptyRedis(objects.db);
+    }
+    return callByCall(
+        size, [pull = plugin.pull](std::size_t i) { pull(static_cast<int>(i)); },
+        [raw = raw, fromCopy](std::size_t i) {
+            raw->redis.send(raw->gets[i]);
+            if (fromCopy) {
+                raw->copies->measured.find_one(raw->queries[i]);
+            }
+        });
+}
+
+} // namespace
+
+DeviceCalls storeObjects(Stores& stores, const DeviceObjects& objects, std::size_t size,
+                         bool persist) {
+    stores.emptyRedis(objects.db);
+    const auto calls = objects.make(stores, size);
+    for (int device = 0; std::cmp_less(device, size); ++device) {
+        calls.push(device, persist);
+    }
+    return calls;
+}
+
+void addDeviceObjects(Comparisons& comparisons, LazyStores& stores, const DeviceObjects& objects) {
+    const auto with = [objects](auto prepare, bool copy) {
+        return [=](Stores& connected, std::size_t size) {
+            return prepare(connected, objects, size, copy);
+        };
+    };
+    const std::string& name = objects.name;
+    addForSizes(comparisons, stores, name + " Push", writeGoal, with(push, false));
+    addForSizes(comparisons, stores, name + " Push persist", writeGoal, with(push, true));
+    addForSizes(comparisons, stores, name + " Pull", readGoal, with(pull, false));
+    addForSizes(comparisons, stores, name + " Pull from copy", readGoal, with(pull, true));
+}
+
+} // namespace bench

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "bench/store_contests.h"
+
+#include <QByteArray>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The comparisons that the driver state and the downlink queues have in common: one JSON text a
+/// device in Redis and a copy of it in MongoDB.
+namespace bench {
+
+/// What the plug-in does with the object of a device.
+struct DeviceCalls {
+    std::function<void(int device, bool persist)> push;
+    std::function<void(int device)> pull;
+};
+
+/// One kind of such objects.
+struct DeviceObjects {
+    std::string name;
+    int db = 0;
+    std::string_view copies;
+    /// The key in Redis.
+    std::function<QByteArray(int device)> keyOf;
+    /// Makes the objects of the devices 0…size-1, for push to store.
+    std::function<DeviceCalls(Stores& stores, std::size_t size)> make;
+};
+
+/// Push and Pull, with the copy and without it.
+void addDeviceObjects(Comparisons& comparisons, LazyStores& stores, const DeviceObjects& objects);
+
+/// Has the plug-in store the objects of the devices 0…size-1 where there were none.
+DeviceCalls storeObjects(Stores& stores, const DeviceObjects& objects, std::size_t size,
+                         bool persist);
+
+} // namespace bench

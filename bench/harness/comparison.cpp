@@ -1,0 +1,142 @@
+#include "bench/harness/comparison.h"
+
+#include "bench/harness/options.h"
+
+#include <benchmark/benchmark.h>
+#include <bson/bson.h>
+
+#include <QString>
+
+#include <gnu/libc-version.h>
+
+#include <cstdio>
+#include <exception>
+
+namespace bench {
+
+namespace {
+
+/// One line for each comparison, at once.
+class LineReporter final : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context& /*context*/) override { return true; }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            const bool done = run.skipped == benchmark::internal::NotSkipped;
+            std::printf("%-46s %s%s\n", run.run_name.function_name.c_str(), done ? "" : "failed: ",
+                        (done ? run.report_label : run.skip_message).c_str());
+        }
+        std::fflush(stdout);
+    }
+};
+
+/// The compiler, the kind of build and the versions of the libraries that are measured.
+QJsonObject buildAndLibraries() {
+    return {
+        {QStringLiteral("compiler"), QStringLiteral(KELVRO_COMPILER)},
+        {QStringLiteral("build_type"), QStringLiteral(KELVRO_BUILD_TYPE)},
+        {QStringLiteral("Qt"), QLatin1String(qVersion())},
+        {QStringLiteral("libbson"), QLatin1String(bson_get_version())},
+        {QStringLiteral("mongocxx"), QStringLiteral(KELVRO_MONGOCXX_VERSION)},
+        {QStringLiteral("hiredis"), QStringLiteral(KELVRO_HIREDIS_VERSION)},
+        {QStringLiteral("glibc"), QLatin1String(gnu_get_libc_version())},
+    };
+}
+
+Measurement measure(Contest& contest, bool quick) {
+    if (quick) {
+        contest.minRounds = 2;
+        return runRounds(contest, 0.1, 2);
+    }
+    return runRounds(contest, 3.0, 7);
+}
+
+std::string summary(const std::vector<Round>& rounds) {
+    Cost first;
+    Cost second;
+    for (const Round& round : rounds) {
+        first.wallSecs += round[0].wallSecs;
+        second.wallSecs += round[1].wallSecs;
+    }
+    const double ratio = first.wallSecs / second.wallSecs;
+    return QString::asprintf("%5zu rounds   wall ratio %.3f", rounds.size(), ratio).toStdString();
+}
+
+QJsonArray namesOf(const std::vector<Side>& sides) {
+    QJsonArray names;
+    for (const Side& side : sides) {
+        names.append(QString::fromStdString(side.name));
+    }
+    return names;
+}
+
+/// For each round [wall, CPU] of each side, in seconds.
+QJsonArray toJson(const std::vector<Round>& rounds) {
+    QJsonArray all;
+    for (const Round& round : rounds) {
+        QJsonArray costs;
+        for (const Cost& cost : round) {
+            costs.append(QJsonArray{cost.wallSecs, cost.cpuSecs});
+        }
+        all.append(costs);
+    }
+    return all;
+}
+
+} // namespace
+
+void Comparisons::runOne(benchmark::State& state, const Comparison& comparison, bool quick) {
+    for ([[maybe_unused]] auto iteration : state) {
+        try {
+            Contest contest = comparison.prepare();
+            const Measurement measured = measure(contest, quick);
+            state.SetIterationTime(measured.rounds.front().front().wallSecs);
+            state.SetLabel(summary(measured.rounds));
+            m_results.append(QJsonObject{
+                {QStringLiteral("operation"), QString::fromStdString(comparison.operation)},
+                {QStringLiteral("input"), QString::fromStdString(comparison.input)},
+                {QStringLiteral("cost_at_most"), comparison.goal.costAtMost},
+                {QStringLiteral("speedup_at_least"), comparison.goal.speedupAtLeast},
+                {QStringLiteral("sides"), namesOf(contest.sides)},
+                {QStringLiteral("records_per_block"),
+                 static_cast<qint64>(measured.recordsPerBlock)},
+                {QStringLiteral("rounds"), toJson(measured.rounds)},
+            });
+        } catch (const std::exception& error) {
+            m_failed = true;
+            state.SkipWithError(error.what());
+        }
+    }
+}
+
+int Comparisons::run(int argc, char** argv, const std::function<QJsonObject()>& servers) {
+    constexpr int nothingMatches = 3;
+    benchmark::Initialize(&argc, argv);
+    const Options options = takeOptions(argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 2;
+    }
+    for (const Comparison& comparison : m_comparisons) {
+        const auto run = [&](benchmark::State& state) { runOne(state, comparison, options.quick); };
+        benchmark::RegisterBenchmark(comparison.operation + '/' + comparison.input, run)
+            ->Iterations(1)
+            ->UseManualTime();
+    }
+    LineReporter reporter;
+    const std::size_t matching = benchmark::RunSpecifiedBenchmarks(&reporter);
+    // They refer to what lives in this function and its caller.
+    benchmark::ClearRegisteredBenchmarks();
+    benchmark::Shutdown();
+    if (!m_results.isEmpty()) {
+        options.write({{QStringLiteral("build"), buildAndLibraries()},
+                       {QStringLiteral("servers"), servers()},
+                       {QStringLiteral("comparisons"), m_results}});
+    }
+    if (matching == 0) {
+        return nothingMatches;
+    }
+    return m_failed ? 1 : 0;
+}
+
+} // namespace bench
