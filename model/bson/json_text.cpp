@@ -29,6 +29,9 @@ namespace {
 /// Fewer than libbson renders and Qt's parser takes.
 constexpr int maxDepth = 100;
 
+/// The parser goes through longer texts more slowly than insertion does.
+constexpr std::size_t maxTextSize = 200;
+
 /// From here on an inserted whole number is rounded to a double, a parsed one is not.
 constexpr std::int64_t wholeLimit = std::int64_t{1} << 53;
 
@@ -126,7 +129,7 @@ private:
     }
 
     bool writeText(std::string_view text) {
-        if (!isOrdinaryUtf8(text)) {
+        if (text.size() > maxTextSize || !isOrdinaryUtf8(text)) {
             return false;
         }
         m_text += '"';

@@ -17,8 +17,9 @@ namespace bson_utils {
 ///
 /// Ordinary are the types that JSON has too: finite doubles, int32, int64 below 2^53, texts,
 /// booleans, nulls, documents and arrays, a few levels of them; keys of printable ASCII; texts in
-/// valid UTF-8 without a byte order mark. Whichever way such a document is read, through its
-/// extended-JSON text or value by value, the result is this.
+/// valid UTF-8 without a byte order mark, and not so long that the detour does not pay. Whichever
+/// way such a document is read, through its extended-JSON text or value by value, the result is
+/// this.
 std::optional<QJsonObject> ordinaryObject(const bsoncxx::v1::document::view& document);
 
 /// The same for an element that holds a document.

@@ -13,6 +13,7 @@ namespace bson_utils {
 /// nearly all are.
 class utf8_text {
 public:
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): zeros would cost as much as the text
     explicit utf8_text(const QString& text) : m_isAscii(narrow(text)) {
         if (!m_isAscii) {
             m_bytes = text.toUtf8();
@@ -20,6 +21,7 @@ public:
         }
     }
 
+    ~utf8_text() = default;
     utf8_text(const utf8_text&) = delete;
     utf8_text& operator=(const utf8_text&) = delete;
 

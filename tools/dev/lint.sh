@@ -48,7 +48,7 @@ lint_quality() {
     mapfile -t folders < <(printf '%s/all\n' "${files[@]%%/*}" | sort -u)
     build_preset dev strict "${folders[@]}"
     mkdir -p "$stamps"
-    python3 tools/dev/lint_inputs.py "${files[@]}" >"$stamps/inputs" || return
+    python3 tools/dev/lint_inputs.py "$stamps" "${files[@]}" >"$stamps/inputs" || return
     while read -r hash file; do
         stamp_is "$stamps/$file.passed" "$hash" || stale+=("$hash" "$file")
     done <"$stamps/inputs"
@@ -64,7 +64,7 @@ lint_quality() {
 # check_quality STAMPS TOTAL HASH FILE
 check_quality() {
     local stamps=$1 total=$2 hash=$3 file=$4 status=0 findings count
-    findings=$(clang-tidy --quiet -p build/dev "$file" 2>&1) || status=$?
+    findings=$(clang-tidy --quiet -p "$stamps" "$file" 2>&1) || status=$?
     echo "$file" >>"$stamps/progress"
     count=$(wc -l <"$stamps/progress")
     if ((status == 0)); then

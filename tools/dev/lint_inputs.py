@@ -1,4 +1,6 @@
-"""lint_inputs.py FILE…: prints "HASH FILE" for each source file that the dev preset compiles.
+"""lint_inputs.py FOLDER FILE…: prints "HASH FILE" for each source file that the dev preset compiles,
+and writes how it does so into FOLDER/compile_commands.json for clang-tidy. Tests that compile a
+product's source once more, in a way of their own, are left out.
 
 The hash covers all that clang-tidy's findings depend on: the checks, the way of compiling, and the
 file with the project's headers that it includes, as the last build has seen them.
@@ -45,8 +47,11 @@ def main():
     platform = content("/.stamp") if os.path.isfile("/.stamp") else ""
     checks = content(".clang-tidy")
     with open(f"{BUILD}/compile_commands.json") as file:
-        compiled = {os.path.relpath(entry["file"]): entry for entry in json.load(file)}
-    for path in sys.argv[1:]:
+        compiled = {os.path.relpath(entry["file"]): entry for entry in json.load(file)
+                    if not entry["output"].startswith("tests/")}
+    with open(f"{sys.argv[1]}/compile_commands.json", "w") as file:
+        json.dump(list(compiled.values()), file)
+    for path in sys.argv[2:]:
         if path in compiled:
             entry = compiled[path]
             inputs = sorted({path, *included.get(entry.get("output"), [])})

@@ -196,6 +196,8 @@ TEST(OrdinaryObject, LeavesToInsertionWhatTextCannotHold) {
     EXPECT_TRUE(refused(string("\xC3\xA4", "x")));
     EXPECT_TRUE(refused(string("text", "\xEF\xBB\xBFx")));
     EXPECT_TRUE(refused(string("text", "\xFF")));
+    EXPECT_FALSE(refused(string("text", std::string(200, 'x'))));
+    EXPECT_TRUE(refused(string("text", std::string(201, 'x'))));
     EXPECT_TRUE(refused(date("when", 5)));
     EXPECT_TRUE(refused(oid("id", "twelve bytes")));
 }
