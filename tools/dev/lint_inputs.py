@@ -42,19 +42,24 @@ def included_files():
     return files
 
 
+def object_file(entry):
+    """As ninja names it; CMake gives it with the build folder or without."""
+    return os.path.relpath(os.path.join(BUILD, entry["output"]), BUILD)
+
+
 def main():
     included = included_files()
     platform = content("/.stamp") if os.path.isfile("/.stamp") else ""
     checks = content(".clang-tidy")
     with open(f"{BUILD}/compile_commands.json") as file:
         compiled = {os.path.relpath(entry["file"]): entry for entry in json.load(file)
-                    if not entry["output"].startswith("tests/")}
+                    if not object_file(entry).startswith("tests/")}
     with open(f"{sys.argv[1]}/compile_commands.json", "w") as file:
         json.dump(list(compiled.values()), file)
     for path in sys.argv[2:]:
         if path in compiled:
             entry = compiled[path]
-            inputs = sorted({path, *included.get(entry.get("output"), [])})
+            inputs = sorted({path, *included.get(object_file(entry), [])})
             print(digest(platform, checks, entry["command"], *map(content, inputs)), path)
 
 
