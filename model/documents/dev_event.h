@@ -30,10 +30,6 @@ inline constexpr std::string_view parameter = "parameter";
 inline constexpr std::string_view extended_data = "extended_data";
 inline constexpr std::string_view ttl = "ttl";
 
-/// In the order in which they are written.
-inline constexpr std::array<std::string_view, 8> fields{
-    modem_id, timestamp, message_id, event_code, message, parameter, extended_data, ttl};
-
 inline constexpr std::array<index, 3> indexes{{
     {.keys = {{{modem_id}, {timestamp, index_order::descending}}}},
     {.keys = {{{modem_id, index_order::hashed}}}},

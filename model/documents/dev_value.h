@@ -33,10 +33,6 @@ inline constexpr std::string_view extended_data = "extended_data";
 inline constexpr std::string_view ttl = "ttl";
 inline constexpr std::string_view value = "value";
 
-/// In the order in which they are written.
-inline constexpr std::array<std::string_view, 9> fields{
-    modem_id, message_id, timestamp, tag, obis_code, val_type, extended_data, ttl, value};
-
 inline constexpr std::array<index, 6> indexes{{
     {.keys = {{{modem_id}, {tag}, {obis_code}, {timestamp, index_order::descending}}}},
     {.keys = {{{modem_id}, {tag}, {timestamp, index_order::descending}}}},

@@ -34,10 +34,6 @@ inline constexpr std::string_view payload = "payload";
 inline constexpr std::string_view ttl = "ttl";
 inline constexpr std::string_view timestamp = "timestamp";
 
-/// In the order in which they are written.
-inline constexpr std::array<std::string_view, 10> fields{
-    id, modem_id, api_key, data, status, timeout, f_ack, payload, ttl, timestamp};
-
 inline constexpr std::array<index, 5> indexes{{
     {.keys = {{{modem_id}, {timestamp, index_order::descending}}}},
     {.keys = {{{modem_id}, {status}}}},

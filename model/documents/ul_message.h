@@ -49,12 +49,6 @@ inline constexpr std::string_view data = "data";
 inline constexpr std::string_view payload = "payload";
 inline constexpr std::string_view parse_status = "parse_status";
 
-/// In the order in which they are written.
-inline constexpr std::array<std::string_view, 17> fields{
-    id,        modem_id,      station_id,         phy, rssi,    snr,      ttl,
-    timestamp, time_detected, bs_timezone_offset, tag, hw_type, protocol, extended_data,
-    data,      payload,       parse_status};
-
 inline constexpr std::array<index, 6> indexes{{
     {.keys = {{{timestamp, index_order::descending}}}},
     {.keys = {{{modem_id}, {timestamp, index_order::descending}}}},
