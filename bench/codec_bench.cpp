@@ -48,8 +48,8 @@ Side side(const char* name, const std::shared_ptr<const std::vector<Item>>& item
 /// As the stores read the documents of a query.
 template <typename Record>
 auto directReader() {
-    return [times = bson_utils::local_times{}](const document_view& document) mutable {
-        return bson_utils::readDocument<Record>(document, times);
+    return [memory = bson_utils::query_memory{}](const document_view& document) mutable {
+        return bson_utils::readDocument<Record>(document, memory);
     };
 }
 
@@ -91,9 +91,9 @@ void requireSame(const std::vector<Record>& records) {
 /// Lest the plain way is measured on both sides.
 template <typename Record>
 void requireOrdinary(const Documents& documents) {
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     for (const auto& document : documents) {
-        if (!bson_utils::readOrdinary<Record>(document, times)) {
+        if (!bson_utils::readOrdinary<Record>(document, memory)) {
             throw std::runtime_error("the document does not go the direct way");
         }
     }

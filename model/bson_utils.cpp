@@ -33,8 +33,8 @@ void bsonAppend(bson_builder& document, std::string_view key, const QVariant& va
 }
 
 model::message fromBsonUL(const bsoncxx::v1::document::view& document) {
-    local_times times;
-    return readDocument<model::message>(document, times);
+    query_memory memory;
+    return readDocument<model::message>(document, memory);
 }
 
 } // namespace bson_utils

@@ -58,13 +58,13 @@ bsoncxx::v1::document::value conditionsOf(int modem_id, const QDateTime& begin,
 std::shared_ptr<by_device<model::dl_message>>
 findByDevice(mongocxx::v1::collection collection, const model::filter_dl& filter, wanted which) {
     auto commands = std::make_shared<by_device<model::dl_message>>();
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     for (const int modem_id : filter.modem_ids) {
         auto cursor = collection.find(conditionsOf(modem_id, filter.begin, filter.end, which),
                                       newestFirst(field::timestamp, filter.limit));
         for (const auto& document : cursor) {
             (*commands)[modem_id].push_back(
-                bson_utils::readDocument<model::dl_message>(document, times));
+                bson_utils::readDocument<model::dl_message>(document, memory));
         }
     }
     return commands;
@@ -100,8 +100,8 @@ model::dl_message DLMessageRepository::GetById(const QString& id) {
         throw QStringLiteral("not exist");
     }
     log.write(QStringLiteral("Get DL messages by ID executed in %1ms"));
-    bson_utils::local_times times;
-    return bson_utils::readDocument<model::dl_message>(*document, times);
+    bson_utils::query_memory memory;
+    return bson_utils::readDocument<model::dl_message>(*document, memory);
 }
 
 std::shared_ptr<by_device<model::dl_message>>

@@ -66,7 +66,7 @@ bsoncxx::v1::document::value conditionsOf(const model::filter_eav& filter, int m
 
 void findFirstAndLast(mongocxx::v1::collection& collection, const model::filter_eav& filter,
                       by_device<model::dev_value>& found) {
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     for (const int modem_id : filter.modem_ids) {
         for (const QString& obis_code : filter.obis_codes) {
             const auto query = conditionsOf(filter, modem_id, obis_code);
@@ -76,7 +76,7 @@ void findFirstAndLast(mongocxx::v1::collection& collection, const model::filter_
                 auto cursor = collection.find(query, options);
                 for (const auto& document : cursor) {
                     found[modem_id].push_back(
-                        bson_utils::readDocument<model::dev_value>(document, times));
+                        bson_utils::readDocument<model::dev_value>(document, memory));
                 }
             }
         }

@@ -53,8 +53,8 @@ QJsonObject persistent_store<Interface>::Get(int modem_id) {
     if (!document) {
         return {};
     }
-    bson_utils::local_times times;
-    return bson_utils::readDocument<bson_utils::device_object>(*document, times).state;
+    bson_utils::query_memory memory;
+    return bson_utils::readDocument<bson_utils::device_object>(*document, memory).state;
 }
 
 template <typename Interface>

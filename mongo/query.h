@@ -42,9 +42,9 @@ mongocxx::v1::find_options oldestFirst(std::string_view key, int limit);
 /// Appends the record of each document to those of its own device.
 template <typename Record, typename Cursor>
 void collect(Cursor cursor, by_device<Record>& found) {
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     for (const auto& document : cursor) {
-        auto record = bson_utils::readDocument<Record>(document, times);
+        auto record = bson_utils::readDocument<Record>(document, memory);
         found[record.modem_id].push_back(std::move(record));
     }
 }

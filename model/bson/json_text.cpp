@@ -175,13 +175,6 @@ std::optional<QJsonObject> ordinaryObject(const bsoncxx::v1::document::view& doc
     return parsed(json.text());
 }
 
-std::optional<QJsonObject> ordinaryObject(const bson_iter_t& element) {
-    std::uint32_t size = 0;
-    const std::uint8_t* data = nullptr;
-    bson_iter_document(&element, &size, &data);
-    return ordinaryObject(bsoncxx::v1::document::view{data, size});
-}
-
 std::optional<QString> ordinaryText(std::string_view utf8) {
     const int size = static_cast<int>(utf8.size());
     if (isAscii(utf8)) {

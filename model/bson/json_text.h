@@ -22,9 +22,6 @@ namespace bson_utils {
 /// this.
 std::optional<QJsonObject> ordinaryObject(const bsoncxx::v1::document::view& document);
 
-/// The same for an element that holds a document.
-std::optional<QJsonObject> ordinaryObject(const bson_iter_t& element);
-
 bool isAscii(std::string_view text);
 
 /// A text that every reader decodes alike: valid UTF-8 without a byte order mark, or ASCII, zero

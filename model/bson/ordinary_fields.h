@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/bson/local_times.h"
+#include "model/bson/query_memory.h"
 
 #include <bson/bson.h>
 #include <bsoncxx/v1/document/view.hpp>
@@ -22,13 +22,15 @@ namespace bson_utils {
 /// At the first thing that is not so, a content that is not ordinary included (json_text.h), it
 /// gives up: what was read is of no use, every further field is 0 or empty, and ordinary() is
 /// false. Ask for the fields one after the other, then for ordinary(). Borrows the document and the
-/// times.
+/// memory.
 class ordinary_fields {
 public:
-    ordinary_fields(const bsoncxx::v1::document::view& document, local_times& times);
+    ordinary_fields(const bsoncxx::v1::document::view& document, query_memory& memory);
 
     int number(std::string_view key);
     QString text(std::string_view key);
+    /// The number that the hexadecimal digits of a text are.
+    quint64 hexNumber(std::string_view key);
     /// What the hexadecimal digits of a text stand for.
     QByteArray hexBytes(std::string_view key);
     QJsonObject object(std::string_view key);
@@ -52,11 +54,12 @@ private:
     bool next(std::string_view key, bson_type_t type);
     std::int64_t int64(std::string_view key);
     std::string_view utf8() const;
+    QString sharedText();
     template <typename Result>
     Result orGiveUp(std::optional<Result> result);
 
     bson_iter_t m_element{};
-    local_times& m_times;
+    query_memory& m_memory;
     bool m_ordinary;
 };
 

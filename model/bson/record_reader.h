@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/bson/legacy_fields.h"
-#include "model/bson/local_times.h"
+#include "model/bson/query_memory.h"
 #include "model/bson/ordinary_fields.h"
 
 #include <bsoncxx/v1/document/view.hpp>
@@ -26,8 +26,8 @@ struct plain_way {
 /// Nothing at the first thing that is out of the ordinary.
 template <typename Record>
 std::optional<Record> readOrdinary(const bsoncxx::v1::document::view& document,
-                                   local_times& times) {
-    ordinary_fields fields{document, times};
+                                   query_memory& memory) {
+    ordinary_fields fields{document, memory};
     Record record;
     read(fields, record);
     return fields.ordinary() ? std::optional{std::move(record)} : std::nullopt;
@@ -42,11 +42,16 @@ Record readPlain(const bsoncxx::v1::document::view& document) {
     return record;
 }
 
-/// `times` is shared by the documents of one query. Throws as readPlain.
+/// `memory` is shared by the documents of one query. Throws as readPlain.
 template <typename Record>
-Record readDocument(const bsoncxx::v1::document::view& document, local_times& times) {
-    auto ordinary = readOrdinary<Record>(document, times);
-    return ordinary ? *std::move(ordinary) : readPlain<Record>(document);
+Record readDocument(const bsoncxx::v1::document::view& document, query_memory& memory) {
+    Record record;
+    ordinary_fields fields{document, memory};
+    read(fields, record);
+    if (!fields.ordinary()) {
+        record = readPlain<Record>(document);
+    }
+    return record;
 }
 
 } // namespace bson_utils

@@ -30,6 +30,11 @@ public:
         const auto utf8 = m_document[key].get_string().value;
         return QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
     }
+    /// 0 if the text is no hexadecimal number of 64 bits.
+    quint64 hexNumber(std::string_view key) const {
+        constexpr int hexadecimal = 16;
+        return text(key).toULongLong(nullptr, hexadecimal);
+    }
     QByteArray hexBytes(std::string_view key) const {
         return QByteArray::fromHex(text(key).toLatin1());
     }

@@ -35,7 +35,7 @@ bsoncxx::v1::document::value toBson(const model::message& message) {
 
 template <typename Fields>
 void read(Fields& fields, model::message& message) {
-    message.unique_id = fields.text(field::id).toULongLong(nullptr, hexadecimal);
+    message.unique_id = fields.hexNumber(field::id);
     message.modem_id = fields.number(field::modem_id);
     message.station_id = fields.number(field::station_id);
     message.phy = fields.text(field::phy);

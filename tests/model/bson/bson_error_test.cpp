@@ -34,7 +34,7 @@ std::error_code refusal(const Convert& convert) {
 }
 
 TEST(BsonError, TellsWhatWasRefused) {
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     const auto damaged = doc(string("tag", "\xFF"));
 
     EXPECT_EQ(refusal([] { bson_utils::toBson(QJsonObject{{"a\0b"_q, 1}}); }),
@@ -44,7 +44,7 @@ TEST(BsonError, TellsWhatWasRefused) {
                       QJsonDocument{QJsonObject{{"a"_q, QJsonObject{{"$oid"_q, 5}}}}});
               }),
               bson_errc::json_rejected);
-    EXPECT_EQ(refusal([&] { bson_utils::readDocument<model::dev_value>(damaged.view(), times); }),
+    EXPECT_EQ(refusal([&] { bson_utils::readDocument<model::dev_value>(damaged.view(), memory); }),
               bson_errc::malformed);
 }
 

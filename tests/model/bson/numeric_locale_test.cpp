@@ -87,8 +87,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 template <typename Record>
 Record read(const document_bytes& document) {
-    bson_utils::local_times times;
-    return bson_utils::readDocument<Record>(document.view(), times);
+    bson_utils::query_memory memory;
+    return bson_utils::readDocument<Record>(document.view(), memory);
 }
 
 // Not as this driver writes it, so it is read through text.

@@ -25,7 +25,7 @@ TEST(OrdinaryFields, AreReadInTheirOrder) {
     const auto document = doc(oid("o", oidBytes), int32("i", -5), int64("l", (1LL << 32) + 60),
                               int64("s", -7), string("t", "é"), string("h", "0a0B"), date("d", -3),
                               embedded("e", doc(int32("n", 1))), number("v", 2.5));
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     ordinary_fields fields{document.view(), times};
 
     EXPECT_EQ(fields.oid("o"), "0123456789abcdef01234567"_q);
@@ -42,7 +42,7 @@ TEST(OrdinaryFields, AreReadInTheirOrder) {
 
 TEST(OrdinaryFields, GiveUpWhenSomethingIsLeft) {
     const auto document = doc(int32("a", 1), int32("b", 2));
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     ordinary_fields fields{document.view(), times};
     fields.number("a");
     EXPECT_FALSE(fields.ordinary());
@@ -50,7 +50,7 @@ TEST(OrdinaryFields, GiveUpWhenSomethingIsLeft) {
 
 TEST(OrdinaryFields, GiveUpWhenOneIsMissing) {
     const auto document = doc(int32("a", 1));
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     ordinary_fields fields{document.view(), times};
     fields.number("a");
     EXPECT_EQ(fields.number("b"), 0);
@@ -59,7 +59,7 @@ TEST(OrdinaryFields, GiveUpWhenOneIsMissing) {
 
 TEST(OrdinaryFields, StayGivenUp) {
     const auto document = doc(int32("b", 1), int32("a", 2), int32("c", 3));
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     ordinary_fields fields{document.view(), times};
     EXPECT_EQ(fields.number("a"), 0);
     EXPECT_EQ(fields.number("a"), 0);
@@ -72,7 +72,7 @@ TEST(OrdinaryFields, GiveUpDamagedBytes) {
     cut.bytes.resize(cut.bytes.size() - 6);
     cut.bytes[0] = static_cast<char>(cut.bytes.size());
     cut.bytes.back() = '\0';
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     ordinary_fields fields{cut.view(), times};
     fields.number("a");
     EXPECT_FALSE(fields.ordinary());
@@ -90,7 +90,7 @@ class StrangeField : public testing::TestWithParam<field> {};
 
 TEST_P(StrangeField, IsGivenUp) {
     const auto document = doc(GetParam().element);
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     ordinary_fields fields{document.view(), times};
     GetParam().read(fields);
     EXPECT_FALSE(fields.ordinary());
@@ -169,7 +169,7 @@ class OrdinaryValue : public testing::TestWithParam<ordinary_value> {};
 
 TEST_P(OrdinaryValue, IsADoubleATextOrABoolean) {
     const auto document = doc(GetParam().element);
-    bson_utils::local_times times;
+    bson_utils::query_memory memory;
     ordinary_fields fields{document.view(), times};
     const QVariant value = fields.value("a");
     EXPECT_EQ(value.userType(), GetParam().value.userType());

@@ -27,8 +27,8 @@ QJsonObject parsed(const char* json) {
 }
 
 model::dev_event read(const bsoncxx::v1::document::view& document) {
-    bson_utils::local_times times;
-    return bson_utils::readDocument<model::dev_event>(document, times);
+    bson_utils::query_memory memory;
+    return bson_utils::readDocument<model::dev_event>(document, memory);
 }
 
 TEST(EventReader, ReadsEveryMemberOfAStoredEvent) {

@@ -29,8 +29,8 @@ QJsonObject parsed(const char* json) {
 }
 
 model::dev_value read(const bsoncxx::v1::document::view& document) {
-    bson_utils::local_times times;
-    return bson_utils::readDocument<model::dev_value>(document, times);
+    bson_utils::query_memory memory;
+    return bson_utils::readDocument<model::dev_value>(document, memory);
 }
 
 model::dev_value valueOf(const element_bytes& value) {

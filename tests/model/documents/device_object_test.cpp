@@ -14,8 +14,8 @@ using namespace test_support::literals;
 using namespace test_support::raw_bson;
 
 QJsonObject stateOf(const document_bytes& document) {
-    bson_utils::local_times times;
-    return bson_utils::readDocument<device_object>(document.view(), times).state;
+    bson_utils::query_memory memory;
+    return bson_utils::readDocument<device_object>(document.view(), memory).state;
 }
 
 TEST(DeviceObject, IsStoredUnderItsNumberWithEveryNumberADouble) {
@@ -28,8 +28,8 @@ TEST(DeviceObject, IsStoredUnderItsNumberWithEveryNumberADouble) {
 TEST(DeviceObject, ComesBackFromWhatWasStored) {
     const QJsonObject state{{"n"_q, 5.5}, {"list"_q, QJsonArray{true, "x"_q}}};
     const auto stored = bson_utils::toBson(device_object{.modem_id = 7, .state = state});
-    bson_utils::local_times times;
-    const auto read = bson_utils::readDocument<device_object>(stored, times);
+    bson_utils::query_memory memory;
+    const auto read = bson_utils::readDocument<device_object>(stored, memory);
     EXPECT_EQ(read.modem_id, 7);
     EXPECT_EQ(read.state, state);
 }

@@ -27,8 +27,8 @@ QJsonObject parsed(const char* json) {
 }
 
 model::dl_message read(const bsoncxx::v1::document::view& document) {
-    bson_utils::local_times times;
-    return bson_utils::readDocument<model::dl_message>(document, times);
+    bson_utils::query_memory memory;
+    return bson_utils::readDocument<model::dl_message>(document, memory);
 }
 
 TEST(DownlinkReader, ReadsEveryMemberOfAStoredCommand) {

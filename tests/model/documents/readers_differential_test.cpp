@@ -22,7 +22,7 @@
 namespace {
 
 using bson_utils::device_object;
-using bson_utils::local_times;
+using bson_utils::query_memory;
 using namespace test_support;
 using random_bson::document;
 using random_bson::member;
@@ -92,9 +92,9 @@ std::string difference(const device_object& direct, const device_object& plain) 
 
 /// Empty if the direct reader gives nothing or what the plain one gives.
 template <typename Record>
-std::string disagreement(const document& document, local_times& times) {
+std::string disagreement(const document& document, query_memory& memory) {
     const auto bytes = random_bson::bytesOf(document);
-    const auto direct = bson_utils::readOrdinary<Record>(bytes.view(), times);
+    const auto direct = bson_utils::readOrdinary<Record>(bytes.view(), memory);
     if (!direct) {
         return {};
     }
@@ -106,8 +106,8 @@ std::string disagreement(const document& document, local_times& times) {
 }
 
 template <typename Record>
-bool isOrdinary(const document& document, local_times& times) {
-    return bson_utils::readOrdinary<Record>(random_bson::bytesOf(document).view(), times)
+bool isOrdinary(const document& document, query_memory& memory) {
+    return bson_utils::readOrdinary<Record>(random_bson::bytesOf(document).view(), memory)
         .has_value();
 }
 
@@ -120,19 +120,19 @@ protected:
     }
 
     void expectAgreement(const document& document, int number) {
-        if (disagreement<Record>(document, times).empty()) {
+        if (disagreement<Record>(document, memory).empty()) {
             return;
         }
         const auto smallest = random_bson::shrink(document, [this](const auto& smaller) {
-            return !disagreement<Record>(smaller, times).empty();
+            return !disagreement<Record>(smaller, memory).empty();
         });
         FAIL() << "seed " << seed() << ", document " << number
                << ", smallest: " << testing::PrintToString(random_bson::bytesOf(smallest)) << '\n'
-               << disagreement<Record>(smallest, times);
+               << disagreement<Record>(smallest, memory);
     }
 
     std::mt19937_64 random{seed()};
-    local_times times;
+    query_memory memory;
 };
 
 using records = testing::Types<model::message, model::dl_message, model::dev_value,
