@@ -58,13 +58,18 @@ bsoncxx::v1::document::value conditionsOf(int modem_id, const QDateTime& begin,
 std::shared_ptr<by_device<model::dl_message>>
 findByDevice(mongocxx::v1::collection collection, const model::filter_dl& filter, wanted which) {
     auto commands = std::make_shared<by_device<model::dl_message>>();
+    const auto order = newestFirst(field::timestamp, filter.limit);
     bson_utils::query_memory memory;
     for (const int modem_id : filter.modem_ids) {
-        auto cursor = collection.find(conditionsOf(modem_id, filter.begin, filter.end, which),
-                                      newestFirst(field::timestamp, filter.limit));
+        auto cursor =
+            collection.find(conditionsOf(modem_id, filter.begin, filter.end, which), order);
+        std::list<model::dl_message> found;
         for (const auto& document : cursor) {
-            (*commands)[modem_id].push_back(
-                bson_utils::readDocument<model::dl_message>(document, memory));
+            found.push_back(bson_utils::readDocument<model::dl_message>(document, memory));
+        }
+        if (!found.empty()) {
+            auto& all = (*commands)[modem_id];
+            all.splice(all.end(), found);
         }
     }
     return commands;

@@ -2,6 +2,7 @@
 
 #include "model/bson/json_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -52,25 +53,14 @@ std::optional<QByteArray> bytesOf(std::string_view digits) {
 
 } // namespace
 
-ordinary_fields::ordinary_fields(const bsoncxx::v1::document::view& document, query_memory& memory)
-    : m_memory(memory),
-      m_ordinary(bson_iter_init_from_data(&m_element, document.data(), document.size())) {}
-
 bool ordinary_fields::next(std::string_view key) {
-    m_ordinary = m_ordinary && bson_iter_next(&m_element) &&
-                 key == std::string_view{bson_iter_key(&m_element), bson_iter_key_len(&m_element)};
+    m_ordinary = m_ordinary && m_element.next(key);
     return m_ordinary;
 }
 
 bool ordinary_fields::next(std::string_view key, bson_type_t type) {
-    m_ordinary = next(key) && bson_iter_type(&m_element) == type;
+    m_ordinary = next(key) && m_element.type() == type;
     return m_ordinary;
-}
-
-std::string_view ordinary_fields::utf8() const {
-    std::uint32_t length = 0;
-    const char* text = bson_iter_utf8(&m_element, &length);
-    return {text, length};
 }
 
 template <typename Result>
@@ -80,16 +70,16 @@ Result ordinary_fields::orGiveUp(std::optional<Result> result) {
 }
 
 QString ordinary_fields::sharedText() {
-    const std::string_view text = utf8();
+    const std::string_view text = m_element.utf8();
     return isAscii(text) ? m_memory.texts.fromAscii(text) : orGiveUp(ordinaryText(text));
 }
 
 std::int64_t ordinary_fields::int64(std::string_view key) {
-    return next(key, BSON_TYPE_INT64) ? bson_iter_int64(&m_element) : 0;
+    return next(key, BSON_TYPE_INT64) ? m_element.int64() : 0;
 }
 
 int ordinary_fields::number(std::string_view key) {
-    return next(key, BSON_TYPE_INT32) ? bson_iter_int32(&m_element) : 0;
+    return next(key, BSON_TYPE_INT32) ? m_element.int32() : 0;
 }
 
 QString ordinary_fields::text(std::string_view key) {
@@ -99,7 +89,7 @@ QString ordinary_fields::text(std::string_view key) {
 quint64 ordinary_fields::hexNumber(std::string_view key) {
     quint64 number = 0;
     if (next(key, BSON_TYPE_UTF8)) {
-        const std::string_view digits = utf8();
+        const std::string_view digits = m_element.utf8();
         const auto [end, error] =
             std::from_chars(digits.data(), digits.data() + digits.size(), number, 16);
         m_ordinary = error == std::errc{} && end == digits.data() + digits.size();
@@ -111,11 +101,11 @@ QByteArray ordinary_fields::hexBytes(std::string_view key) {
     if (!next(key, BSON_TYPE_UTF8)) {
         return {};
     }
-    return orGiveUp(bytesOf(utf8()));
+    return orGiveUp(bytesOf(m_element.utf8()));
 }
 
 QDateTime ordinary_fields::localTime(std::string_view key) {
-    const std::int64_t msecs = next(key, BSON_TYPE_DATE_TIME) ? bson_iter_date_time(&m_element) : 0;
+    const std::int64_t msecs = next(key, BSON_TYPE_DATE_TIME) ? m_element.int64() : 0;
     m_ordinary = m_ordinary && -wholeLimit < msecs && msecs < wholeLimit;
     return m_memory.times.at(msecs);
 }
@@ -133,7 +123,9 @@ QDateTime ordinary_fields::utcSecs(std::string_view key) {
 QString ordinary_fields::oid(std::string_view key) {
     std::array<char, 25> digits{};
     if (next(key, BSON_TYPE_OID)) {
-        bson_oid_to_string(bson_iter_oid(&m_element), digits.data());
+        bson_oid_t id;
+        std::ranges::copy(m_element.bytes(), std::begin(id.bytes));
+        bson_oid_to_string(&id, digits.data());
     }
     return QString::fromLatin1(digits.data());
 }
@@ -142,20 +134,17 @@ QJsonObject ordinary_fields::object(std::string_view key) {
     if (!next(key, BSON_TYPE_DOCUMENT)) {
         return {};
     }
-    std::uint32_t size = 0;
-    const std::uint8_t* data = nullptr;
-    bson_iter_document(&m_element, &size, &data);
-    return orGiveUp(m_memory.objects.object(bsoncxx::v1::document::view{data, size}));
+    return orGiveUp(m_memory.objects.object(m_element.document()));
 }
 
 QVariant ordinary_fields::value(std::string_view key) {
-    switch (next(key) ? bson_iter_type(&m_element) : BSON_TYPE_EOD) {
+    switch (next(key) ? m_element.type() : std::uint8_t{BSON_TYPE_EOD}) {
     case BSON_TYPE_DOUBLE:
-        return orGiveUp(finite(bson_iter_double(&m_element)));
+        return orGiveUp(finite(m_element.real()));
     case BSON_TYPE_INT32:
-        return static_cast<double>(bson_iter_int32(&m_element));
+        return static_cast<double>(m_element.int32());
     case BSON_TYPE_BOOL:
-        return bson_iter_bool(&m_element);
+        return m_element.boolean();
     case BSON_TYPE_UTF8:
         return sharedText();
     default:
@@ -165,8 +154,7 @@ QVariant ordinary_fields::value(std::string_view key) {
 }
 
 bool ordinary_fields::ordinary() {
-    // Damage ends the elements too, but leaves its place.
-    return m_ordinary && !bson_iter_next(&m_element) && m_element.err_off == 0;
+    return m_ordinary && m_element.atEnd();
 }
 
 } // namespace bson_utils

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/bson/element_walk.h"
 #include "model/bson/query_memory.h"
 
 #include <bson/bson.h>
@@ -25,7 +26,8 @@ namespace bson_utils {
 /// memory.
 class ordinary_fields {
 public:
-    ordinary_fields(const bsoncxx::v1::document::view& document, query_memory& memory);
+    ordinary_fields(const bsoncxx::v1::document::view& document, query_memory& memory)
+        : m_element(document), m_memory(memory) {}
 
     int number(std::string_view key);
     QString text(std::string_view key);
@@ -53,14 +55,13 @@ private:
     bool next(std::string_view key);
     bool next(std::string_view key, bson_type_t type);
     std::int64_t int64(std::string_view key);
-    std::string_view utf8() const;
     QString sharedText();
     template <typename Result>
     Result orGiveUp(std::optional<Result> result);
 
-    bson_iter_t m_element{};
+    element_walk m_element;
     query_memory& m_memory;
-    bool m_ordinary;
+    bool m_ordinary = true;
 };
 
 } // namespace bson_utils

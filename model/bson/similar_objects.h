@@ -3,6 +3,7 @@
 #include <bsoncxx/v1/document/view.hpp>
 
 #include <QJsonObject>
+#include <QJsonValue>
 
 #include <cstddef>
 #include <cstdint>
@@ -27,12 +28,10 @@ public:
     std::optional<QJsonObject> object(const bsoncxx::v1::document::view& document);
 
 private:
-    /// A member of a known document; the offsets are into its bytes.
     struct member {
-        std::size_t element;
-        /// With the zero character at its end.
-        std::size_t keySize;
-        std::size_t valueSize;
+        std::string_view key;
+        std::string_view value;
+        std::uint8_t type;
         /// Among the members of the object, which Qt sorts.
         int place;
     };
@@ -40,6 +39,7 @@ private:
     struct known_document {
         std::vector<std::uint8_t> bytes;
         QJsonObject object;
+        /// In the order of the document; they refer to its bytes.
         std::vector<member> members;
     };
 
@@ -48,17 +48,15 @@ private:
         QJsonObject object;
     };
 
-    /// A member of which the value differs from that of the known document.
+    /// A member of which the value is not that of the known document.
     struct difference {
         int place;
-        std::uint8_t type;
-        std::string_view value;
+        QJsonValue value;
     };
 
     std::optional<QJsonObject> shared(const bsoncxx::v1::document::view& document);
     std::optional<QJsonObject> similar(const bsoncxx::v1::document::view& document);
-    std::optional<QJsonObject> copied(const known_document& known,
-                                      const bsoncxx::v1::document::view& document) const;
+    QJsonObject copied(const known_document& known) const;
     bool compare(const known_document& known, const bsoncxx::v1::document::view& document);
     bool textsDiffer() const;
     std::uint8_t remember(const bsoncxx::v1::document::view& document, const QJsonObject& object);
