@@ -18,19 +18,11 @@ namespace bson_utils {
 /// iterator, which finds out about each element by itself.
 ///
 /// The bytes are those of https://bsonspec.org/spec.html. Borrows the document, and reads nothing
-/// outside it however damaged it is.
+/// outside it however damaged it is inside.
 class element_walk {
 public:
     explicit element_walk(const bsoncxx::v1::document::view& document)
-        : m_next(document.data()), m_end(document.data()) {
-        const std::size_t size = document.size();
-        if (size >= emptyDocument && number<std::uint32_t>(m_next) == size &&
-            m_next[size - 1] == 0) {
-            m_next += prefix;
-            m_end += size - 1;
-            m_whole = true;
-        }
-    }
+        : m_next(document.data() + prefix), m_end(document.data() + document.size() - 1) {}
 
     /// Goes to the next element. False if that has another key or is no undamaged double, text,
     /// document, array, ObjectId, boolean, date, null, int32 or int64; the walk is over then.
@@ -67,7 +59,6 @@ public:
 
 private:
     static constexpr std::size_t prefix = 4;
-    static constexpr std::size_t emptyDocument = prefix + 1;
 
     template <typename Number>
     static Number number(const std::uint8_t* bytes) {
@@ -98,8 +89,10 @@ private:
         }
         case BSON_TYPE_DOCUMENT:
         case BSON_TYPE_ARRAY: {
+            constexpr std::size_t empty = prefix + 1;
             const std::size_t length = room < prefix ? 0 : number<std::uint32_t>(value);
-            return length < emptyDocument ? none : length;
+            const bool whole = empty <= length && length <= room && value[length - 1] == 0;
+            return whole ? length : none;
         }
         default:
             return none;
@@ -117,7 +110,7 @@ private:
     const std::uint8_t* m_value = nullptr;
     std::size_t m_size = 0;
     std::uint8_t m_type = 0;
-    bool m_whole = false;
+    bool m_whole = true;
 };
 
 } // namespace bson_utils

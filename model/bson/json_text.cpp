@@ -59,12 +59,10 @@ public:
     const std::string& text() const { return m_text; }
 
     bool writeDocument(bson_iter_t members, int depth) {
-        return writeChildren(members, depth, '{', '}', [this](const bson_iter_t& member) {
-            const std::string_view key{bson_iter_key(&member), bson_iter_key_len(&member)};
+        return writeChildren(members, depth, '{', '}', [this](std::string_view key) {
             m_text += '"';
             m_text += key;
             m_text += "\":";
-            return isOrdinaryKey(key);
         });
     }
 
@@ -77,7 +75,11 @@ private:
             if (!first) {
                 m_text += ',';
             }
-            if (!writeKey(children) || !writeValue(children, depth)) {
+            const std::string_view key{bson_iter_key(&children), bson_iter_key_len(&children)};
+            writeKey(key);
+            // The keys of an array are not seen in JSON, but libbson refuses damaged ones there
+            // too.
+            if (!isOrdinaryKey(key) || !writeValue(children, depth)) {
                 return false;
             }
         }
@@ -111,15 +113,23 @@ private:
             return -wholeLimit < number && number < wholeLimit;
         }
         case BSON_TYPE_DOCUMENT:
-            return depth < maxDepth && bson_iter_recurse(&element, &children) &&
+            return depth < maxDepth && enter(element, bson_iter_document, children) &&
                    writeDocument(children, depth + 1);
         case BSON_TYPE_ARRAY:
-            return depth < maxDepth && bson_iter_recurse(&element, &children) &&
-                   writeChildren(
-                       children, depth + 1, '[', ']', [](const bson_iter_t&) { return true; });
+            return depth < maxDepth && enter(element, bson_iter_array, children) &&
+                   writeChildren(children, depth + 1, '[', ']', [](std::string_view /*key*/) {});
         default:
             return false;
         }
+    }
+
+    /// Unlike bson_iter_recurse, false also if the zero at the end is missing.
+    static bool enter(const bson_iter_t& element, decltype(bson_iter_document)* bytesOf,
+                      bson_iter_t& children) {
+        std::uint32_t size = 0;
+        const std::uint8_t* data = nullptr;
+        bytesOf(&element, &size, &data);
+        return bson_iter_init_from_data(&children, data, size);
     }
 
     void writeNumber(auto number) {

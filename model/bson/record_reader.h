@@ -1,8 +1,8 @@
 #pragma once
 
 #include "model/bson/legacy_fields.h"
-#include "model/bson/query_memory.h"
 #include "model/bson/ordinary_fields.h"
+#include "model/bson/query_memory.h"
 
 #include <bsoncxx/v1/document/view.hpp>
 

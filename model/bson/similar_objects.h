@@ -14,22 +14,26 @@
 
 namespace bson_utils {
 
-/// Makes the JSON objects of one query's nested documents, where ordinaryObject (json_text.h) is
-/// the plain way that defines them.
+/// Makes the JSON objects of the nested documents of one query; ordinaryObject (json_text.h) is the
+/// plain way that defines them.
 ///
-/// The devices of one make send the same members again and again with other values. Such an object
-/// is a copy of an earlier one, with which it shares the keys, and only the values that differ are
-/// replaced: a fraction of the time that Qt's parser takes. Small documents are often wholly alike
-/// and share one object. How much is remembered is bounded, and it is given up where the documents
-/// are not alike.
+/// The devices of one make send the same members again and again, with other values. Such an object
+/// is a copy of an earlier one, with which it shares the keys, where only the values that differ
+/// are replaced; that takes a fraction of the time of Qt's parser. Small documents are often alike
+/// altogether, and share one object.
+///
+/// What is remembered is bounded (some 64 documents of up to 16 KiB), nothing is remembered of the
+/// first few documents, and the search is given up where the documents are not alike.
 class similar_objects {
 public:
-    /// What ordinaryObject(document) gives.
+    /// Nothing, or what every way of reading the document gives. Not nothing where ordinaryObject
+    /// gives something.
     std::optional<QJsonObject> object(const bsoncxx::v1::document::view& document);
 
 private:
     struct member {
         std::string_view key;
+        /// The bytes of the value.
         std::string_view value;
         std::uint8_t type;
         /// Among the members of the object, which Qt sorts.
@@ -48,31 +52,37 @@ private:
         QJsonObject object;
     };
 
-    /// A member of which the value is not that of the known document.
-    struct difference {
+    /// What the document has in place of a known one's value.
+    struct replacement {
         int place;
         QJsonValue value;
     };
 
+    struct success {
+        std::size_t found = 0;
+        std::size_t missed = 0;
+
+        bool pays() const;
+    };
+
     std::optional<QJsonObject> shared(const bsoncxx::v1::document::view& document);
     std::optional<QJsonObject> similar(const bsoncxx::v1::document::view& document);
-    QJsonObject copied(const known_document& known) const;
+    std::optional<QJsonObject> remembered(const bsoncxx::v1::document::view& document,
+                                          std::uint8_t& place);
+    QJsonObject copied(const known_document& known);
     bool compare(const known_document& known, const bsoncxx::v1::document::view& document);
     bool textsDiffer() const;
-    std::uint8_t remember(const bsoncxx::v1::document::view& document, const QJsonObject& object);
 
     std::size_t m_made = 0;
-    std::size_t m_similar = 0;
-    std::size_t m_missed = 0;
-    std::size_t m_smallShared = 0;
-    std::size_t m_smallMissed = 0;
+    success m_sharing;
+    success m_copying;
     std::vector<known_document> m_known;
-    /// Where in m_known a document of such a size, modulo the number of these, was last found.
+    /// For each size of a document, modulo their number: where in m_known the latest one was found.
     std::vector<std::uint8_t> m_latest;
-    /// Each at the place that its hash gives.
+    /// Each where the hash of its bytes says.
     std::vector<small_document> m_small;
-    /// Of the latest comparison; kept for its storage.
-    std::vector<difference> m_differences;
+    /// Of the latest comparison.
+    std::vector<replacement> m_replacements;
 };
 
 } // namespace bson_utils

@@ -44,7 +44,48 @@ public:
         return document;
     }
 
+    document similar(const std::vector<member>& members, const document& of) {
+        document document = ordinary(members);
+        for (std::size_t i = 0; i < of.size(); ++i) {
+            if (members[i].kind == member::object) {
+                document[i] = similar(of[i]);
+            }
+        }
+        return document;
+    }
+
 private:
+    element similar(const element& of) {
+        element element = of;
+        element.children.clear();
+        for (const auto& child : of.children) {
+            if (oneIn(150)) {
+                element.children.push_back(anything(oneIn(2) ? child.key : key(), 1));
+            }
+            if (oneIn(150)) {
+                continue;
+            }
+            if (child.nesting != 0) {
+                element.children.push_back(oneIn(4) ? similar(child) : child);
+            } else {
+                element.children.push_back(oneIn(3) ? child : similarValue(child));
+            }
+        }
+        return element;
+    }
+
+    // Mostly of the same type.
+    element similarValue(const element& of) {
+        const auto type = of.bytes.front();
+        for (int tries = 0; tries < 20; ++tries) {
+            element other = oneIn(30) ? anything(of.key, 1) : plainValue(of.key, 5);
+            if (other.nesting == 0 && (other.bytes.front() == type || oneIn(20))) {
+                return other;
+            }
+        }
+        return of;
+    }
+
     // As usual(), but with contents that every reader takes alike.
     element plain(const member& member) {
         switch (member.kind) {
@@ -351,6 +392,11 @@ document generate(std::mt19937_64& random, const std::vector<member>& members) {
 
 document generateOrdinary(std::mt19937_64& random, const std::vector<member>& members) {
     return generator{random}.ordinary(members);
+}
+
+document generateSimilar(std::mt19937_64& random, const std::vector<member>& members,
+                         const document& of) {
+    return generator{random}.similar(members, of);
 }
 
 document shrink(document failing, const std::function<bool(const document&)>& fails) {

@@ -38,6 +38,11 @@ document generate(std::mt19937_64& random, const std::vector<member>& members);
 /// is a text or a nested content out of the ordinary.
 document generateOrdinary(std::mt19937_64& random, const std::vector<member>& members);
 
+/// A document of the same make as `of`: in its nested documents the same keys with other values,
+/// and only now and then something else. Its other members are those of generateOrdinary.
+document generateSimilar(std::mt19937_64& random, const std::vector<member>& members,
+                         const document& of);
+
 /// The smallest document, by leaving out one element after the other, for which `fails` still
 /// holds.
 document shrink(document failing, const std::function<bool(const document&)>& fails);

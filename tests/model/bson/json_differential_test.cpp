@@ -194,6 +194,7 @@ TEST(OrdinaryObject, LeavesToInsertionWhatTextCannotHold) {
     EXPECT_TRUE(refused(number("n", std::numeric_limits<double>::infinity())));
     EXPECT_TRUE(refused(int64("n", (std::int64_t{1} << 53) + 1)));
     EXPECT_TRUE(refused(string("\xC3\xA4", "x")));
+    EXPECT_TRUE(refused(array("list", doc(int32("\xC0\x80", 1)))));
     EXPECT_TRUE(refused(string("text", "\xEF\xBB\xBFx")));
     EXPECT_TRUE(refused(string("text", "\xFF")));
     EXPECT_FALSE(refused(string("text", std::string(200, 'x'))));

@@ -26,7 +26,7 @@ TEST(OrdinaryFields, AreReadInTheirOrder) {
                               int64("s", -7), string("t", "é"), string("h", "0a0B"), date("d", -3),
                               embedded("e", doc(int32("n", 1))), number("v", 2.5));
     bson_utils::query_memory memory;
-    ordinary_fields fields{document.view(), times};
+    ordinary_fields fields{document.view(), memory};
 
     EXPECT_EQ(fields.oid("o"), "0123456789abcdef01234567"_q);
     EXPECT_EQ(fields.number("i"), -5);
@@ -43,7 +43,7 @@ TEST(OrdinaryFields, AreReadInTheirOrder) {
 TEST(OrdinaryFields, GiveUpWhenSomethingIsLeft) {
     const auto document = doc(int32("a", 1), int32("b", 2));
     bson_utils::query_memory memory;
-    ordinary_fields fields{document.view(), times};
+    ordinary_fields fields{document.view(), memory};
     fields.number("a");
     EXPECT_FALSE(fields.ordinary());
 }
@@ -51,7 +51,7 @@ TEST(OrdinaryFields, GiveUpWhenSomethingIsLeft) {
 TEST(OrdinaryFields, GiveUpWhenOneIsMissing) {
     const auto document = doc(int32("a", 1));
     bson_utils::query_memory memory;
-    ordinary_fields fields{document.view(), times};
+    ordinary_fields fields{document.view(), memory};
     fields.number("a");
     EXPECT_EQ(fields.number("b"), 0);
     EXPECT_FALSE(fields.ordinary());
@@ -60,7 +60,7 @@ TEST(OrdinaryFields, GiveUpWhenOneIsMissing) {
 TEST(OrdinaryFields, StayGivenUp) {
     const auto document = doc(int32("b", 1), int32("a", 2), int32("c", 3));
     bson_utils::query_memory memory;
-    ordinary_fields fields{document.view(), times};
+    ordinary_fields fields{document.view(), memory};
     EXPECT_EQ(fields.number("a"), 0);
     EXPECT_EQ(fields.number("a"), 0);
     EXPECT_EQ(fields.text("c"), QString());
@@ -73,7 +73,7 @@ TEST(OrdinaryFields, GiveUpDamagedBytes) {
     cut.bytes[0] = static_cast<char>(cut.bytes.size());
     cut.bytes.back() = '\0';
     bson_utils::query_memory memory;
-    ordinary_fields fields{cut.view(), times};
+    ordinary_fields fields{cut.view(), memory};
     fields.number("a");
     EXPECT_FALSE(fields.ordinary());
 }
@@ -91,7 +91,7 @@ class StrangeField : public testing::TestWithParam<field> {};
 TEST_P(StrangeField, IsGivenUp) {
     const auto document = doc(GetParam().element);
     bson_utils::query_memory memory;
-    ordinary_fields fields{document.view(), times};
+    ordinary_fields fields{document.view(), memory};
     GetParam().read(fields);
     EXPECT_FALSE(fields.ordinary());
 }
@@ -170,7 +170,7 @@ class OrdinaryValue : public testing::TestWithParam<ordinary_value> {};
 TEST_P(OrdinaryValue, IsADoubleATextOrABoolean) {
     const auto document = doc(GetParam().element);
     bson_utils::query_memory memory;
-    ordinary_fields fields{document.view(), times};
+    ordinary_fields fields{document.view(), memory};
     const QVariant value = fields.value("a");
     EXPECT_EQ(value.userType(), GetParam().value.userType());
     EXPECT_EQ(value, GetParam().value);

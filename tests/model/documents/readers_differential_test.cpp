@@ -1,6 +1,6 @@
-// The direct reader of each record against the plain one, on random documents, all through the
-// memory of one query. The seed is fixed, or taken from KELVRO_SEED; a failure prints it and the
-// smallest document that shows it.
+// The direct reader of each record against the plain one, on random documents, many of them through
+// the memory of one query. The seed is fixed, or taken from KELVRO_SEED; a failure prints it and
+// the smallest document that shows it.
 
 #include "model/bson_utils.h"
 #include "model/documents/device_object.h"
@@ -26,6 +26,7 @@ using bson_utils::query_memory;
 using namespace test_support;
 using random_bson::document;
 using random_bson::member;
+using test_support::raw_bson::document_bytes;
 
 /// What the driver writes: the fields of a record's documents, in their order.
 template <typename Record>
@@ -92,8 +93,7 @@ std::string difference(const device_object& direct, const device_object& plain) 
 
 /// Empty if the direct reader gives nothing or what the plain one gives.
 template <typename Record>
-std::string disagreement(const document& document, query_memory& memory) {
-    const auto bytes = random_bson::bytesOf(document);
+std::string disagreement(const document_bytes& bytes, query_memory& memory) {
     const auto direct = bson_utils::readOrdinary<Record>(bytes.view(), memory);
     if (!direct) {
         return {};
@@ -103,6 +103,11 @@ std::string disagreement(const document& document, query_memory& memory) {
     } catch (const bsoncxx::v1::exception& error) {
         return std::string{"only the plain reader throws: "} + error.what();
     }
+}
+
+template <typename Record>
+std::string disagreement(const document& document, query_memory& memory) {
+    return disagreement<Record>(random_bson::bytesOf(document), memory);
 }
 
 template <typename Record>
@@ -157,10 +162,42 @@ TYPED_TEST(Readers, AgreeOnOrdinaryDocumentsAndReadThemDirectly) {
         const document document = random_bson::generateOrdinary(this->random, fields<TypeParam>);
         this->expectAgreement(document, i);
         ASSERT_FALSE(this->HasFailure());
-        direct += isOrdinary<TypeParam>(document, this->times) ? 1 : 0;
+        direct += isOrdinary<TypeParam>(document, this->memory) ? 1 : 0;
     }
     EXPECT_GT(direct, KELVRO_DOCUMENTS / 10 * 7);
     EXPECT_LT(direct, KELVRO_DOCUMENTS);
+}
+
+// As a query does: the devices of a few makes in turn, each with its own members again and again.
+TYPED_TEST(Readers, AgreeOnTheSimilarDocumentsOfOneQuery) {
+    constexpr int documentsOfAQuery = 500;
+    std::vector<document> makes;
+    for (int i = 0; i < KELVRO_DOCUMENTS; ++i) {
+        if (i % documentsOfAQuery == 0) {
+            this->memory = {};
+            makes.clear();
+            for (int make = 0; make < 1 + i / documentsOfAQuery % 9; ++make) {
+                makes.push_back(random_bson::generateOrdinary(this->random, fields<TypeParam>));
+            }
+        }
+        const auto& make = makes[this->random() % makes.size()];
+        this->expectAgreement(random_bson::generateSimilar(this->random, fields<TypeParam>, make),
+                              i);
+        ASSERT_FALSE(this->HasFailure());
+    }
+}
+
+// The length at the start and the zero at the end are the library's to check.
+TYPED_TEST(Readers, AgreeOnDamagedDocuments) {
+    for (int i = 0; i < KELVRO_DOCUMENTS; ++i) {
+        auto bytes =
+            random_bson::bytesOf(random_bson::generateOrdinary(this->random, fields<TypeParam>));
+        const std::size_t at = 4 + this->random() % (bytes.bytes.size() - 5);
+        bytes.bytes[at] = static_cast<char>(bytes.bytes[at] ^ (1 << this->random() % 8));
+        ASSERT_EQ(disagreement<TypeParam>(bytes, this->memory), "")
+            << "seed " << this->seed() << ", document " << i << ", byte " << at << ": "
+            << testing::PrintToString(bytes);
+    }
 }
 
 TYPED_TEST(Readers, AgreeOnStrangeDocuments) {
