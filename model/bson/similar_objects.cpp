@@ -56,6 +56,12 @@ std::optional<QJsonValue> valueOf(const element_walk& element) {
     }
 }
 
+/// One that valueOf takes, but for single values.
+bool isSimple(std::uint8_t type) {
+    return type == BSON_TYPE_DOUBLE || type == BSON_TYPE_INT32 || type == BSON_TYPE_INT64 ||
+           type == BSON_TYPE_UTF8 || type == BSON_TYPE_BOOL || type == BSON_TYPE_NULL;
+}
+
 } // namespace
 
 bool similar_objects::success::pays() const {
@@ -96,7 +102,7 @@ std::optional<QJsonObject> similar_objects::similar(const bsoncxx::v1::document:
     m_latest.resize(mostSizes, mostKnown);
     std::uint8_t& latest = m_latest[document.size() % mostSizes];
     if (latest < m_known.size() && compare(m_known[latest], document)) {
-        return copied(m_known[latest]);
+        return copied(m_known[latest], document);
     }
     const auto found = std::ranges::find_if(
         m_known, [&](const known_document& known) { return compare(known, document); });
@@ -108,43 +114,49 @@ std::optional<QJsonObject> similar_objects::similar(const bsoncxx::v1::document:
         return remembered(document, latest);
     }
     latest = static_cast<std::uint8_t>(found - m_known.begin());
-    return copied(*found);
+    return copied(*found, document);
 }
 
-/// The members of `document` beside those of a known one: true if there are the same keys in the
-/// same order, and for each value that is not the same a certain replacement.
+/// Whether there are the same keys in the same order, and of the values only such without members
+/// are other ones.
 bool similar_objects::compare(const known_document& known,
                               const bsoncxx::v1::document::view& document) {
     m_replacements.clear();
     element_walk element{document};
+    int place = 0;
     for (const member& member : known.members) {
         if (!element.next(member.key)) {
             return false;
         }
         if (element.type() != member.type || element.bytes() != member.value) {
-            auto value = valueOf(element);
-            if (!value) {
+            if (!isSimple(element.type())) {
                 return false;
             }
-            m_replacements.push_back({member.place, *std::move(value)});
+            m_replacements.push_back({place, element});
         }
+        ++place;
     }
     return element.atEnd();
 }
 
 bool similar_objects::textsDiffer() const {
     return std::ranges::any_of(m_replacements, [](const replacement& replacement) {
-        return replacement.value.isString();
+        return replacement.element.type() == BSON_TYPE_UTF8;
     });
 }
 
-QJsonObject similar_objects::copied(const known_document& known) {
+std::optional<QJsonObject> similar_objects::copied(const known_document& known,
+                                                   const bsoncxx::v1::document::view& document) {
     ++m_copying.found;
     QJsonObject object = known.object;
     if (!m_replacements.empty()) {
         const auto members = object.begin();
         for (const replacement& replacement : m_replacements) {
-            (members + replacement.place).value() = replacement.value;
+            const auto value = valueOf(replacement.element);
+            if (!value) {
+                return ordinaryObject(document);
+            }
+            (members + replacement.place).value() = *value;
         }
     }
     return object;
@@ -158,27 +170,32 @@ std::optional<QJsonObject> similar_objects::remembered(const bsoncxx::v1::docume
         return std::nullopt;
     }
     known_document known{{document.data(), document.data() + document.size()}, *object, {}};
-    const bsoncxx::v1::document::view bytes{known.bytes.data(), known.bytes.size()};
-    bson_iter_t elements;
-    bson_iter_init_from_data(&elements, bytes.data(), bytes.size());
-    element_walk element{bytes};
-    while (bson_iter_next(&elements)) {
-        const std::string_view key{bson_iter_key(&elements), bson_iter_key_len(&elements)};
-        const auto found =
-            object->constFind(QLatin1String{key.data(), static_cast<int>(key.size())});
-        element.next(key);
-        known.members.push_back(
-            {key, element.bytes(), element.type(), static_cast<int>(found - object->constBegin())});
-    }
-    // Of a repeated key the last value counts, whichever of them differs.
-    if (std::cmp_equal(known.members.size(), object->size())) {
+    if (readMembers(known)) {
         const bool full = m_known.size() == mostKnown;
         const std::size_t index = full ? m_copying.missed % mostKnown : m_known.size();
+        m_known.reserve(mostKnown);
         m_known.resize(std::max(m_known.size(), index + 1));
         m_known[index] = std::move(known);
         place = static_cast<std::uint8_t>(index);
     }
     return object;
+}
+
+/// False if they do not stand in the order of their keys, in which Qt keeps those of an object.
+bool similar_objects::readMembers(known_document& known) {
+    const bsoncxx::v1::document::view bytes{known.bytes.data(), known.bytes.size()};
+    bson_iter_t elements;
+    bson_iter_init_from_data(&elements, bytes.data(), bytes.size());
+    element_walk element{bytes};
+    known.members.reserve(static_cast<std::size_t>(known.object.size()));
+    while (bson_iter_next(&elements)) {
+        const std::string_view key{bson_iter_key(&elements), bson_iter_key_len(&elements)};
+        if (!element.next(key) || (!known.members.empty() && key <= known.members.back().key)) {
+            return false;
+        }
+        known.members.push_back({key, element.bytes(), element.type()});
+    }
+    return true;
 }
 
 } // namespace bson_utils

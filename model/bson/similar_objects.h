@@ -1,9 +1,10 @@
 #pragma once
 
+#include "model/bson/element_walk.h"
+
 #include <bsoncxx/v1/document/view.hpp>
 
 #include <QJsonObject>
-#include <QJsonValue>
 
 #include <cstddef>
 #include <cstdint>
@@ -23,7 +24,8 @@ namespace bson_utils {
 /// altogether, and share one object.
 ///
 /// What is remembered is bounded (some 64 documents of up to 16 KiB), nothing is remembered of the
-/// first few documents, and the search is given up where the documents are not alike.
+/// first few documents nor of those that are not ordered by their keys, as this driver writes them,
+/// and the search is given up where the documents are not alike.
 class similar_objects {
 public:
     /// Nothing, or what every way of reading the document gives. Not nothing where ordinaryObject
@@ -36,14 +38,12 @@ private:
         /// The bytes of the value.
         std::string_view value;
         std::uint8_t type;
-        /// Among the members of the object, which Qt sorts.
-        int place;
     };
 
     struct known_document {
         std::vector<std::uint8_t> bytes;
         QJsonObject object;
-        /// In the order of the document; they refer to its bytes.
+        /// In the order of their keys, as in the object; they refer to the bytes.
         std::vector<member> members;
     };
 
@@ -55,7 +55,7 @@ private:
     /// What the document has in place of a known one's value.
     struct replacement {
         int place;
-        QJsonValue value;
+        element_walk element;
     };
 
     struct success {
@@ -69,9 +69,11 @@ private:
     std::optional<QJsonObject> similar(const bsoncxx::v1::document::view& document);
     std::optional<QJsonObject> remembered(const bsoncxx::v1::document::view& document,
                                           std::uint8_t& place);
-    QJsonObject copied(const known_document& known);
+    std::optional<QJsonObject> copied(const known_document& known,
+                                      const bsoncxx::v1::document::view& document);
     bool compare(const known_document& known, const bsoncxx::v1::document::view& document);
     bool textsDiffer() const;
+    static bool readMembers(known_document& known);
 
     std::size_t m_made = 0;
     success m_sharing;
