@@ -31,8 +31,7 @@ std::optional<QJsonValue> valueOf(const element_walk& element) {
     switch (element.type()) {
     case BSON_TYPE_DOUBLE: {
         const double number = element.real();
-        const bool certain = std::abs(number) < static_cast<double>(wholeLimit) &&
-                             !(number == 0 && std::signbit(number));
+        const bool certain = std::abs(number) < static_cast<double>(wholeLimit);
         return certain ? std::optional{QJsonValue{number}} : std::nullopt;
     }
     case BSON_TYPE_INT64: {
