@@ -107,11 +107,14 @@ Contest saveMessage(Stores& stores, std::size_t size) {
 Contest getById(Stores& stores, std::size_t size) {
     const auto collection = emptyCollection(stores);
     const auto ids = storeCommands(stores, size);
+    const auto queries = queriesById(ids);
     return callByCall(
         size,
         [&repository = stores.downlinks(), ids](std::size_t i) { repository.GetById(ids[i]); },
-        [collection, queries = queriesById(ids)](std::size_t i) {
+        [collection, queries](std::size_t i) { collection->measured.find_one(queries[i]); },
+        [collection, queries, ready = readBack(someCommands(size))](std::size_t i) {
             collection->measured.find_one(queries[i]);
+            deepCopy(ready[i]);
         });
 }
 
@@ -140,7 +143,7 @@ Prepare getCommands(decltype(&Repository::GetCommands) get, Which which) {
         }
         return readContest(
             [&repository = stores.downlinks(), get, filter] { return (repository.*get)(filter); },
-            collection, std::move(queries));
+            collection, std::move(queries), readBack(records));
     };
 }
 
@@ -158,14 +161,14 @@ Contest deleteMessages(Stores& stores, std::size_t size) {
 } // namespace
 
 void addDownlinks(Comparisons& comparisons, LazyStores& stores) {
-    addForSizes(comparisons, stores, "downlink SaveMessage", writeGoal, saveMessage);
-    addForSizes(comparisons, stores, "downlink GetById", readGoal, getById);
-    addForSizes(comparisons, stores, "downlink GetCommands", readGoal,
+    addForSizes(comparisons, stores, "downlink SaveMessage", writeGoals, saveMessage);
+    addForSizes(comparisons, stores, "downlink GetById", readGoals, getById);
+    addForSizes(comparisons, stores, "downlink GetCommands", manyGoals,
                 getCommands(&Repository::GetCommands, Which::all));
-    addForSizes(comparisons, stores, "downlink GetNotAckCommands", readGoal,
+    addForSizes(comparisons, stores, "downlink GetNotAckCommands", manyGoals,
                 getCommands(&Repository::GetNotAckCommands, Which::notAcknowledged));
-    addForSizes(comparisons, stores, "downlink SetStatus", writeGoal, setStatus);
-    addForSizes(comparisons, stores, "downlink DeleteMessages", writeGoal, deleteMessages);
+    addForSizes(comparisons, stores, "downlink SetStatus", writeGoals, setStatus);
+    addForSizes(comparisons, stores, "downlink DeleteMessages", writeGoals, deleteMessages);
 }
 
 } // namespace bench

@@ -86,7 +86,8 @@ Prepare getting(const Kind<Record>& kind) {
         const auto filter = filterFor(records);
         return readContest(
             [kind, &repository = stores.eav(), filter] { return (repository.*kind.get)(filter); },
-            collection, {{queryFor(filter), mongo::newestFirst(value_field::timestamp, 0)}});
+            collection, {{queryFor(filter), mongo::newestFirst(value_field::timestamp, 0)}},
+            readBack(records));
     };
 }
 
@@ -147,13 +148,14 @@ Shares sharesOf(const std::vector<model::dev_value>& records, const std::vector<
     return shares;
 }
 
-/// Asks for one share after the other, from the start again after the last one.
+/// Asks for one share after the other, from the start again after the last one. Each copy counts by
+/// itself.
 template <typename Ask>
 auto inTurn(const std::shared_ptr<const Shares>& shares, const Ask& ask) {
-    return [shares, ask, next = std::make_shared<std::size_t>(0)] {
-        const Share& share = (*shares)[*next];
-        *next = (*next + 1) % shares->size();
-        return ask(share);
+    return [shares, ask, next = std::size_t{0}](const auto&... arguments) mutable {
+        const Share& share = (*shares)[next];
+        next = (next + 1) % shares->size();
+        return ask(share, arguments...);
     };
 }
 
@@ -168,23 +170,25 @@ Contest getFirstAndLast(Stores& stores, std::size_t size) {
     auto contest = readContest(
         inTurn(shares, [&repository = stores.eav()](
                            const Share& share) { return repository.GetValues(share.filter); }),
-        inTurn(shares,
-               [collection](const Share& share) { return collection->drain(share.queries); }));
-    contest.minRounds = shares->size();
+        inTurn(shares, [collection](const Share& share, const auto& each) {
+            return collection->drain(share.queries, each);
+        }),
+        readBack(records));
+    contest.minBlocks = shares->size();
     return contest;
 }
 
 } // namespace
 
 void addEav(Comparisons& comparisons, LazyStores& stores) {
-    addForSizes(comparisons, stores, "values SaveValues", writeGoal, saving(valueKind));
-    addForSizes(comparisons, stores, "values GetValues", readGoal, getting(valueKind));
-    addForSizes(comparisons, stores, "values GetValues first_last", readGoal, getFirstAndLast,
+    addForSizes(comparisons, stores, "values SaveValues", writeGoals, saving(valueKind));
+    addForSizes(comparisons, stores, "values GetValues", manyGoals, getting(valueKind));
+    addForSizes(comparisons, stores, "values GetValues first_last", readGoals, getFirstAndLast,
                 {2, 100, 10'000});
-    addForSizes(comparisons, stores, "values DeleteValues", writeGoal, deleting(valueKind));
-    addForSizes(comparisons, stores, "events SaveEvents", writeGoal, saving(eventKind));
-    addForSizes(comparisons, stores, "events GetEvents", readGoal, getting(eventKind));
-    addForSizes(comparisons, stores, "events DeleteEvents", writeGoal, deleting(eventKind));
+    addForSizes(comparisons, stores, "values DeleteValues", writeGoals, deleting(valueKind));
+    addForSizes(comparisons, stores, "events SaveEvents", writeGoals, saving(eventKind));
+    addForSizes(comparisons, stores, "events GetEvents", manyGoals, getting(eventKind));
+    addForSizes(comparisons, stores, "events DeleteEvents", writeGoals, deleting(eventKind));
 }
 
 } // namespace bench

@@ -43,6 +43,7 @@ double grown(double reading, std::size_t rounds) {
            thousandths;
 }
 
+/// Of another meter of the same make.
 QJsonObject grown(QJsonObject readings, std::size_t rounds) {
     for (auto reading = readings.begin(); reading != readings.end(); ++reading) {
         if (reading.value().isDouble()) {
@@ -50,6 +51,13 @@ QJsonObject grown(QJsonObject readings, std::size_t rounds) {
         }
     }
     return readings;
+}
+
+/// With a member that no other record of a list has the like of.
+QJsonDocument withNumber(const QJsonDocument& document, const QString& key, QJsonValue number) {
+    QJsonObject object = document.object();
+    object.insert(key, std::move(number));
+    return QJsonDocument{object};
 }
 
 const std::vector<model::message>& telegramMessages() {
@@ -109,10 +117,10 @@ QJsonObject withManyKeys(int number) {
 }
 
 QJsonObject withLongTexts(int number) {
-    const auto sentence = QStringLiteral(u"Zähler %1 geprüft, Siegel unversehrt. ").arg(number);
+    const auto sentence = QStringLiteral(u"Zähler %1 geprüft, Siegel %2 unversehrt. ");
     QJsonObject texts;
     for (int i = 0; i < 8; ++i) {
-        texts.insert(QStringLiteral("note_%1").arg(i), sentence.repeated(60));
+        texts.insert(QStringLiteral("note_%1").arg(i), sentence.arg(number).arg(i).repeated(60));
     }
     return texts;
 }
@@ -137,6 +145,11 @@ std::vector<model::message> messages(std::size_t count, quint64 firstId) {
         message.timestamp = start().addSecs(-static_cast<qint64>(i));
         message.time_detected = message.timestamp.addSecs(-2);
         message.data = QJsonDocument{grown(message.data.object(), i / originals.size())};
+        // Not every make sends a quantity.
+        message.data = withNumber(message.data, QStringLiteral("id"),
+                                  QStringLiteral("%1").arg(10'000'000 + i));
+        message.extended_data =
+            withNumber(message.extended_data, QStringLiteral("line"), static_cast<int>(i + 1));
         // Nobody decodes the last bytes again.
         message.payload = message.payload.chopped(8) + QByteArray::number(quint64{10'000'000} + i);
         messages.push_back(std::move(message));
@@ -154,6 +167,8 @@ std::vector<model::dev_value> values(std::size_t count) {
         auto value =
             later(originals[i % originals.size()], roundSecs * static_cast<qint64>(round), round);
         value.modem_id = deviceOf(i / 32);
+        value.extended_data =
+            withNumber(value.extended_data, QStringLiteral("line"), static_cast<int>(i + 1));
         values.push_back(std::move(value));
     }
     return values;
@@ -179,6 +194,9 @@ std::vector<model::dev_value> numericValues(int devices, const std::vector<QStri
             for (const qint64 secs : {0, 60}) {
                 values.push_back(later(original, secs, static_cast<std::size_t>(device)));
                 values.back().modem_id = device;
+                values.back().extended_data =
+                    withNumber(original.extended_data, QStringLiteral("line"),
+                               static_cast<int>(values.size()));
             }
         }
     }
@@ -221,12 +239,14 @@ std::vector<model::dl_message> commands(std::size_t count, std::size_t perDevice
         command.ttl = start().addSecs(lifetimeSecs);
         command.timestamp = start().addSecs(-static_cast<qint64>(i));
         command.api_key = QStringLiteral("bench");
+        const int second = static_cast<int>(i);
         command.data = {
             {QStringLiteral("request"), QStringLiteral("read registers")},
             {QStringLiteral("first"), static_cast<int>(i)},
             {QStringLiteral("count"), 8},
-            {QStringLiteral("schedule"), QJsonObject{{QStringLiteral("window"), QJsonArray{6, 22}},
-                                                     {QStringLiteral("retry"), true}}},
+            {QStringLiteral("schedule"),
+             QJsonObject{{QStringLiteral("window"), QJsonArray{second, second + 28'800}},
+                         {QStringLiteral("retry"), i % 2 == 0}}},
         };
         command.payload = QByteArray::number(static_cast<qulonglong>(i) * 2'654'435'761U, 16)
                               .rightJustified(24, '0');

@@ -18,13 +18,12 @@
 /// and made-up ones where there is nothing real.
 ///
 /// Longer lists than the files give go through them again and again, with other ids, times and
-/// readings: no two records of a list are the same, nor are their nested documents but for those
-/// of meter readings, which name the unit. All times are whole seconds; everything expires 12 hours
+/// readings: no two records of a list are the same, nor are any of their nested documents. All times are whole seconds; everything expires 12 hours
 /// after the program's start. Throws host::Failure if a file is missing or holds anything but what
 /// it should.
 namespace bench {
 
-/// Telegrams of real meters; unique_id counts up from `firstId`, timestamps go back.
+/// Telegrams of real meters, the makes in turn as they came; unique_id counts up from `firstId`, timestamps go back.
 std::vector<model::message> messages(std::size_t count, quint64 firstId);
 
 /// The readings of a real meter by ten devices, each round later than the last one.

@@ -44,23 +44,20 @@ QJsonObject buildAndLibraries() {
     };
 }
 
-Measurement measure(Contest& contest, bool quick) {
+Measurement measured(Contest& contest, double secs, bool quick) {
     if (quick) {
-        contest.minRounds = 2;
-        return runRounds(contest, 0.1, 2);
+        contest.minBlocks = 2;
+        return measure(contest, {.rounds = 2, .fewestRounds = 2, .roundSecs = 0, .secs = 0.1});
     }
-    return runRounds(contest, 3.0, 7);
+    return measure(contest, {.secs = secs});
 }
 
-std::string summary(const std::vector<Round>& rounds) {
-    Cost first;
-    Cost second;
-    for (const Round& round : rounds) {
-        first.wallSecs += round[0].wallSecs;
-        second.wallSecs += round[1].wallSecs;
-    }
-    const double ratio = first.wallSecs / second.wallSecs;
-    return QString::asprintf("%5zu rounds   wall ratio %.3f", rounds.size(), ratio).toStdString();
+std::string summary(const Measurement& measurement) {
+    const auto [first, median, third] = measurement.ratioQuartiles;
+    return QString::asprintf("%4zu rounds   wall ratio %.3f (%.3f to %.3f)%s",
+                             measurement.rounds.size(), median, first, third,
+                             measurement.settled ? "" : ", not settled")
+        .toStdString();
 }
 
 QJsonArray namesOf(const std::vector<Side>& sides) {
@@ -71,7 +68,13 @@ QJsonArray namesOf(const std::vector<Side>& sides) {
     return names;
 }
 
-/// For each round [wall, CPU] of each side, in seconds.
+QJsonObject toJson(const Goal& goal) {
+    return {{QStringLiteral("against"), QString::fromStdString(std::string(goal.against))},
+            {QStringLiteral("cost_at_most"), goal.costAtMost},
+            {QStringLiteral("speedup_at_least"), goal.speedupAtLeast}};
+}
+
+/// For each round [wall, CPU] of each side, in seconds a record.
 QJsonArray toJson(const std::vector<Round>& rounds) {
     QJsonArray all;
     for (const Round& round : rounds) {
@@ -90,18 +93,16 @@ void Comparisons::runOne(benchmark::State& state, const Comparison& comparison, 
     for ([[maybe_unused]] auto iteration : state) {
         try {
             Contest contest = comparison.prepare();
-            const Measurement measured = measure(contest, quick);
-            state.SetIterationTime(measured.rounds.front().front().wallSecs);
-            state.SetLabel(summary(measured.rounds));
+            const Measurement measurement = measured(contest, comparison.secs, quick);
+            state.SetIterationTime(measurement.rounds.front().front().wallSecs);
+            state.SetLabel(summary(measurement));
             m_results.append(QJsonObject{
                 {QStringLiteral("operation"), QString::fromStdString(comparison.operation)},
                 {QStringLiteral("input"), QString::fromStdString(comparison.input)},
-                {QStringLiteral("cost_at_most"), comparison.goal.costAtMost},
-                {QStringLiteral("speedup_at_least"), comparison.goal.speedupAtLeast},
+                {QStringLiteral("goal"), toJson(comparison.goal)},
                 {QStringLiteral("sides"), namesOf(contest.sides)},
-                {QStringLiteral("records_per_block"),
-                 static_cast<qint64>(measured.recordsPerBlock)},
-                {QStringLiteral("rounds"), toJson(measured.rounds)},
+                {QStringLiteral("settled"), measurement.settled},
+                {QStringLiteral("rounds"), toJson(measurement.rounds)},
             });
         } catch (const std::exception& error) {
             m_failed = true;
