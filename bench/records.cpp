@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <set>
 
 namespace bench {
 
@@ -135,11 +136,11 @@ QJsonObject withLongLists(int number) {
 
 } // namespace
 
-std::vector<model::message> messages(std::size_t count, quint64 firstId) {
+std::vector<model::message> messages(std::size_t count, quint64 firstId, std::size_t first) {
     const auto& originals = telegramMessages();
     std::vector<model::message> messages;
     messages.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < first + count; ++i) {
         model::message message = originals[i % originals.size()];
         message.unique_id = firstId + i;
         message.timestamp = start().addSecs(-static_cast<qint64>(i));
@@ -157,12 +158,20 @@ std::vector<model::message> messages(std::size_t count, quint64 firstId) {
     return messages;
 }
 
-std::vector<model::dev_value> values(std::size_t count) {
+std::vector<int> devicesOf(const std::vector<model::message>& messages) {
+    std::set<int> devices;
+    for (const model::message& message : messages) {
+        devices.insert(message.modem_id);
+    }
+    return {devices.begin(), devices.end()};
+}
+
+std::vector<model::dev_value> values(std::size_t count, std::size_t first) {
     constexpr qint64 roundSecs = 300;
     const auto& originals = meterValues();
     std::vector<model::dev_value> values;
     values.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < first + count; ++i) {
         const std::size_t round = i / originals.size();
         auto value =
             later(originals[i % originals.size()], roundSecs * static_cast<qint64>(round), round);
@@ -203,7 +212,7 @@ std::vector<model::dev_value> numericValues(int devices, const std::vector<QStri
     return values;
 }
 
-std::vector<model::dev_event> events(std::size_t count) {
+std::vector<model::dev_event> events(std::size_t count, std::size_t first) {
     static const std::vector<QString> texts{
         QStringLiteral("POWER_LOW"),    QStringLiteral("LEAKAGE"),
         QStringLiteral("COVER_OPENED"), QStringLiteral("MAGNETIC_FIELD"),
@@ -211,7 +220,7 @@ std::vector<model::dev_event> events(std::size_t count) {
     };
     std::vector<model::dev_event> events;
     events.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < first + count; ++i) {
         model::dev_event event;
         event.modem_id = deviceOf(i);
         event.timestamp = start().addSecs(-static_cast<qint64>(i));
@@ -229,10 +238,11 @@ std::vector<model::dev_event> events(std::size_t count) {
     return events;
 }
 
-std::vector<model::dl_message> commands(std::size_t count, std::size_t perDevice) {
+std::vector<model::dl_message> commands(std::size_t count, std::size_t perDevice,
+                                        std::size_t first) {
     std::vector<model::dl_message> commands;
     commands.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < first + count; ++i) {
         model::dl_message command;
         command.modem_id = 1 + static_cast<int>(i / perDevice);
         command.timeout = 60;

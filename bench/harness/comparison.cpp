@@ -1,13 +1,11 @@
 #include "bench/harness/comparison.h"
 
 #include "bench/harness/options.h"
+#include "bench/harness/results.h"
 
 #include <benchmark/benchmark.h>
-#include <bson/bson.h>
 
 #include <QString>
-
-#include <gnu/libc-version.h>
 
 #include <cstdio>
 #include <exception>
@@ -31,19 +29,6 @@ public:
     }
 };
 
-/// The compiler, the kind of build and the versions of the libraries that are measured.
-QJsonObject buildAndLibraries() {
-    return {
-        {QStringLiteral("compiler"), QStringLiteral(KELVRO_COMPILER)},
-        {QStringLiteral("build_type"), QStringLiteral(KELVRO_BUILD_TYPE)},
-        {QStringLiteral("Qt"), QLatin1String(qVersion())},
-        {QStringLiteral("libbson"), QLatin1String(bson_get_version())},
-        {QStringLiteral("mongocxx"), QStringLiteral(KELVRO_MONGOCXX_VERSION)},
-        {QStringLiteral("hiredis"), QStringLiteral(KELVRO_HIREDIS_VERSION)},
-        {QStringLiteral("glibc"), QLatin1String(gnu_get_libc_version())},
-    };
-}
-
 Measurement measured(Contest& contest, double secs, bool quick) {
     if (quick) {
         contest.minBlocks = 2;
@@ -60,31 +45,10 @@ std::string summary(const Measurement& measurement) {
         .toStdString();
 }
 
-QJsonArray namesOf(const std::vector<Side>& sides) {
-    QJsonArray names;
-    for (const Side& side : sides) {
-        names.append(QString::fromStdString(side.name));
-    }
-    return names;
-}
-
 QJsonObject toJson(const Goal& goal) {
     return {{QStringLiteral("against"), QString::fromStdString(std::string(goal.against))},
             {QStringLiteral("cost_at_most"), goal.costAtMost},
             {QStringLiteral("speedup_at_least"), goal.speedupAtLeast}};
-}
-
-/// For each round [wall, CPU] of each side, in seconds a record.
-QJsonArray toJson(const std::vector<Round>& rounds) {
-    QJsonArray all;
-    for (const Round& round : rounds) {
-        QJsonArray costs;
-        for (const Cost& cost : round) {
-            costs.append(QJsonArray{cost.wallSecs, cost.cpuSecs});
-        }
-        all.append(costs);
-    }
-    return all;
 }
 
 } // namespace
@@ -96,14 +60,12 @@ void Comparisons::runOne(benchmark::State& state, const Comparison& comparison, 
             const Measurement measurement = measured(contest, comparison.secs, quick);
             state.SetIterationTime(measurement.rounds.front().front().wallSecs);
             state.SetLabel(summary(measurement));
-            m_results.append(QJsonObject{
-                {QStringLiteral("operation"), QString::fromStdString(comparison.operation)},
-                {QStringLiteral("input"), QString::fromStdString(comparison.input)},
-                {QStringLiteral("goal"), toJson(comparison.goal)},
-                {QStringLiteral("sides"), namesOf(contest.sides)},
-                {QStringLiteral("settled"), measurement.settled},
-                {QStringLiteral("rounds"), toJson(measurement.rounds)},
-            });
+            QJsonObject result = toJson(contest.sides, measurement);
+            result.insert(QStringLiteral("operation"),
+                          QString::fromStdString(comparison.operation));
+            result.insert(QStringLiteral("input"), QString::fromStdString(comparison.input));
+            result.insert(QStringLiteral("goal"), toJson(comparison.goal));
+            m_results.append(result);
         } catch (const std::exception& error) {
             m_failed = true;
             state.SkipWithError(error.what());
