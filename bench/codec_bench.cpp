@@ -138,7 +138,8 @@ void addCodecs(Comparisons& comparisons) {
     addCodec<model::dev_event>(comparisons, "read dev_event", "toBson(dev_event)", "made-up events",
                                textGoal(8), [] { return events(many); });
     addCodec<model::dl_message>(comparisons, "read dl_message", "toBson(dl_message)",
-                                "made-up commands", textGoal(10), [] { return commands(many, 10); });
+                                "made-up commands", textGoal(10),
+                                [] { return commands(many, 10); });
 }
 
 } // namespace

@@ -16,12 +16,12 @@ DeviceCalls makeQueues(Stores& stores, std::size_t size) {
     const auto of = [ready](int device) -> const model::dl_queues& {
         return (*ready)[static_cast<std::size_t>(device)];
     };
-    return {.push = [&queue, of](int device,
-                                 bool persist) { queue.Push(device, of(device), persist); },
-            .pull = [&queue](int device) { queue.Pull(device); },
-            .write = nullptr,
-            .read = [of](int device, const redisReply& /*text*/) { deepCopy(of(device)); },
-            .readCopy = [of](int device) { deepCopy(of(device)); }};
+    return {
+        .push = [&queue, of](int device, bool persist) { queue.Push(device, of(device), persist); },
+        .pull = [&queue](int device) { queue.Pull(device); },
+        .write = nullptr,
+        .read = [of](int device, const redisReply& /*text*/) { deepCopy(of(device)); },
+        .readCopy = [of](int device) { deepCopy(of(device)); }};
 }
 
 } // namespace

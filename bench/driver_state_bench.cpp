@@ -49,11 +49,12 @@ DeviceCalls makeStates(Stores& stores, std::size_t size) {
     }
     const auto ready = std::make_shared<const std::map<int, QJsonObject>>(std::move(made));
     const auto pulled = std::make_shared<std::map<int, QJsonObject>>(*ready);
-    return {.push = [&state](int of, bool persist) { state.Push(of, persist); },
-            .pull = [&state](int of) { state.Pull(of); },
-            .write = [ready](int of) { QJsonDocument{ready->at(of)}.toJson(QJsonDocument::Compact); },
-            .read = [pulled](int of, const redisReply& text) { (*pulled)[of] = objectOf(text); },
-            .readCopy = [ready, pulled](int of) { (*pulled)[of] = deepCopy(ready->at(of)); }};
+    return {
+        .push = [&state](int of, bool persist) { state.Push(of, persist); },
+        .pull = [&state](int of) { state.Pull(of); },
+        .write = [ready](int of) { QJsonDocument{ready->at(of)}.toJson(QJsonDocument::Compact); },
+        .read = [pulled](int of, const redisReply& text) { (*pulled)[of] = objectOf(text); },
+        .readCopy = [ready, pulled](int of) { (*pulled)[of] = deepCopy(ready->at(of)); }};
 }
 
 DeviceObjects states() {
@@ -94,16 +95,16 @@ Contest getAllStates(Stores& stores, std::size_t size) {
         scanKeys(redis);
         return redis.send(getAll);
     };
-    return {.sides = sidesOf(ask, [scanAndGet] { return scanAndGet()->elements; },
-                             [scanAndGet, answer] {
-                                 const auto texts = scanAndGet();
-                                 *answer = std::make_shared<QHash<int, QJsonObject>>();
-                                 for (std::size_t i = 0; i < texts->elements; ++i) {
-                                     (*answer)->insert(static_cast<int>(i),
-                                                       objectOf(*texts->element[i]));
-                                 }
-                                 return texts->elements;
-                             }),
+    return {.sides = sidesOf(
+                ask, [scanAndGet] { return scanAndGet()->elements; },
+                [scanAndGet, answer] {
+                    const auto texts = scanAndGet();
+                    *answer = std::make_shared<QHash<int, QJsonObject>>();
+                    for (std::size_t i = 0; i < texts->elements; ++i) {
+                        (*answer)->insert(static_cast<int>(i), objectOf(*texts->element[i]));
+                    }
+                    return texts->elements;
+                }),
             .afterBlock = [answer] { *answer = nullptr; }};
 }
 

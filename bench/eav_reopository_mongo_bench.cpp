@@ -76,8 +76,7 @@ Prepare getting(const Kind<Record>& kind) {
         const auto filter = filterFor(records);
         return readContest(
             [kind, &repository = stores.eav(), filter] { return (repository.*kind.get)(filter); },
-            collection, {newestOf(filter)},
-            readBack(records));
+            collection, {newestOf(filter)}, readBack(records));
     };
 }
 
@@ -134,13 +133,15 @@ Contest getFirstAndLast(Stores& stores, std::size_t size) {
     const auto records = numericValues(devices, codes);
     collection->put(documentsOf(records));
     const auto shares = std::make_shared<const Shares>(sharesOf(records, codes, devices));
-    auto contest = readContest(
-        inTurn(shares, [&repository = stores.eav()](
-                           const Share& share) { return repository.GetValues(share.filter); }),
-        inTurn(shares, [collection](const Share& share, const auto& each) {
-            return collection->drain(share.queries, each);
-        }),
-        readBack(records));
+    auto contest = readContest(inTurn(shares,
+                                      [&repository = stores.eav()](const Share& share) {
+                                          return repository.GetValues(share.filter);
+                                      }),
+                               inTurn(shares,
+                                      [collection](const Share& share, const auto& each) {
+                                          return collection->drain(share.queries, each);
+                                      }),
+                               readBack(records));
     contest.minBlocks = shares->size();
     return contest;
 }

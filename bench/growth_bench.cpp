@@ -112,10 +112,10 @@ std::vector<Read> uplinkReads(Stores& stores, const RawCollectionPtr& collection
         const auto ask = [&repository = stores.uplinks(), filter] {
             return repository.GetMessages(filter);
         };
-        reads.push_back({"uplink GetMessages", std::to_string(answer),
-                         readContest(ask, collection, {newestOf(filter)},
-                                     readyRecords(messages(answer, 0))),
-                         newestOf(filter)});
+        reads.push_back(
+            {"uplink GetMessages", std::to_string(answer),
+             readContest(ask, collection, {newestOf(filter)}, readyRecords(messages(answer, 0))),
+             newestOf(filter)});
     }
     return reads;
 }
@@ -160,10 +160,10 @@ std::vector<Read> eventReads(Stores& stores, const RawCollectionPtr& collection)
         const auto ask = [&repository = stores.eav(), filter] {
             return repository.GetEvents(filter);
         };
-        reads.push_back({"events GetEvents", std::to_string(answer),
-                         readContest(ask, collection, {newestOf(filter)},
-                                     readyRecords(events(answer))),
-                         newestOf(filter)});
+        reads.push_back(
+            {"events GetEvents", std::to_string(answer),
+             readContest(ask, collection, {newestOf(filter)}, readyRecords(events(answer))),
+             newestOf(filter)});
     }
     return reads;
 }
@@ -200,16 +200,14 @@ Read commandById(Stores& stores, const RawCollectionPtr& collection) {
         ids.push_back(QString::fromStdString(command["_id"].get_oid().value.to_string()));
     }
     const auto queries = conditionsOf(ids);
-    return {"downlink GetById", "1",
-            callByCall(
-                ids.size(),
-                [&repository = stores.downlinks(), ids](std::size_t i) {
-                    repository.GetById(ids[i]);
-                },
-                [collection, queries](std::size_t i) {
-                    collection->measured.find_one(queries[i]);
-                }),
-            {queries.front(), {}}};
+    return {
+        "downlink GetById",
+        "1",
+        callByCall(
+            ids.size(),
+            [&repository = stores.downlinks(), ids](std::size_t i) { repository.GetById(ids[i]); },
+            [collection, queries](std::size_t i) { collection->measured.find_one(queries[i]); }),
+        {queries.front(), {}}};
 }
 
 std::vector<Read> commandReads(Stores& stores, const RawCollectionPtr& collection) {

@@ -83,8 +83,7 @@ QJsonObject measureQuery(const QString& operation, const std::vector<int>& devic
         {QStringLiteral("records"), static_cast<qint64>(count)},
         {QStringLiteral("held_bytes"), static_cast<qint64>(held)},
         {QStringLiteral("peak_bytes"), static_cast<qint64>(peak)},
-        {QStringLiteral("raw_peak_bytes"),
-         static_cast<qint64>(rawPeak(collection, newestOf(all)))},
+        {QStringLiteral("raw_peak_bytes"), static_cast<qint64>(rawPeak(collection, newestOf(all)))},
         {QStringLiteral("goal_bytes"), static_cast<qint64>(goal(held))},
     };
 }
@@ -93,7 +92,8 @@ QJsonObject measureReadings(Stores& stores, std::size_t count) {
     namespace layout = layout::eav_values;
     const auto collection = stores.emptyCollection(layout::collection, layout::indexes);
     std::cout << "readings: ";
-    store(*collection, count, [](std::size_t some, std::size_t first) { return values(some, first); });
+    store(*collection, count,
+          [](std::size_t some, std::size_t first) { return values(some, first); });
     std::vector<int> devices(10);
     std::iota(devices.begin(), devices.end(), 1);
     return measureQuery<model::filter_eav>(

@@ -24,7 +24,8 @@ static_assert(timestamp == layout::eav_values::timestamp &&
               timestamp == layout::eav_events::timestamp &&
               timestamp == layout::dl_messages::timestamp);
 static_assert(modem_id == layout::eav_values::modem_id &&
-              modem_id == layout::eav_events::modem_id && modem_id == layout::dl_messages::modem_id);
+              modem_id == layout::eav_events::modem_id &&
+              modem_id == layout::dl_messages::modem_id);
 
 template <typename Filter>
 bsoncxx::v1::document::value periodAndDevices(const Filter& filter) {

@@ -18,12 +18,14 @@
 /// and made-up ones where there is nothing real.
 ///
 /// Longer lists than the files give go through them again and again, with other ids, times and
-/// readings: no two records of a list are the same, nor are any of their nested documents. All times are whole seconds; everything expires 12 hours
-/// after the program's start. Throws host::Failure if a file is missing or holds anything but what
-/// it should. A list may be made in pieces: `first` is the place of a piece's first record.
+/// readings: no two records of a list are the same, nor are any of their nested documents. All
+/// times are whole seconds; everything expires 12 hours after the program's start. Throws
+/// host::Failure if a file is missing or holds anything but what it should. A list may be made in
+/// pieces: `first` is the place of a piece's first record.
 namespace bench {
 
-/// Telegrams of real meters, the makes in turn as they came; unique_id counts up from `firstId`, timestamps go back.
+/// Telegrams of real meters, the makes in turn as they came; unique_id counts up from `firstId`,
+/// timestamps go back.
 std::vector<model::message> messages(std::size_t count, quint64 firstId, std::size_t first = 0);
 
 /// The devices of the messages, each once.

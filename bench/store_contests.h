@@ -135,8 +135,8 @@ Contest readContest(Ask plugin, Drain drain, std::vector<Record> ready) {
 
 /// The raw side drains the answers of these queries.
 template <typename Record, typename Ask>
-Contest readContest(Ask plugin, const RawCollectionPtr& collection,
-                    std::vector<ReadyQuery> queries, std::vector<Record> ready) {
+Contest readContest(Ask plugin, const RawCollectionPtr& collection, std::vector<ReadyQuery> queries,
+                    std::vector<Record> ready) {
     const auto shared = std::make_shared<const std::vector<ReadyQuery>>(std::move(queries));
     const auto drain = [collection, shared](const auto& each) {
         return collection->drain(*shared, each);

@@ -63,8 +63,8 @@ Contest deleteMessages(Stores& stores, std::size_t size) {
 
 void addUplinks(Comparisons& comparisons, LazyStores& stores) {
     addForSizes(comparisons, stores, "uplink SaveMessage", writeGoals, saveMessage);
-    addForSizes(comparisons, stores, "uplink GetMessages", costAtMost(1.10, 1.20),
-                getMessages, sizes, " mixed makes");
+    addForSizes(comparisons, stores, "uplink GetMessages", costAtMost(1.10, 1.20), getMessages,
+                sizes, " mixed makes");
     addForSizes(comparisons, stores, "uplink DeleteMessages", writeGoals, deleteMessages);
 }
 

@@ -46,6 +46,15 @@ def load(file):
     return json.loads(file.read_text())
 
 
+def differences(was, now):
+    """Of the machine, the build and the servers."""
+    pairs = [("processor", was["machine"]["cpu"], now["machine"]["cpu"])]
+    pairs += [(name, version, now[kind].get(name)) for kind in ("build", "servers")
+              for name, version in was[kind].items()]
+    return [f"{name} {before}, now {after}" for name, before, after in pairs
+            if after and before != after]
+
+
 def check(before, now):
     """Table of all that both have, and the names of what got slower or larger."""
     rows = [("operation / input", "ratio", "wall: kept", "now", "CPU: kept", "now",

@@ -5,6 +5,7 @@ from evaluation.ratios import (CPU, WALL, is_settled, met, micros, name_of, pair
                                verdict)
 
 MIB = 2**20
+GROWTH_AT_MOST = 1.2
 
 
 def report(results):
@@ -12,7 +13,7 @@ def report(results):
     lines += store_table(comparisons_of(results, "store"))
     lines += codec_table(comparisons_of(results, "codec"))
     lines += memory_table(results.get("memory", {}).get("queries", []))
-    lines += growth_table(results.get("growth", {}).get("operations", []))
+    lines += growth_table(results.get("growth", {}).get("reads", []))
     return "\n".join(lines)
 
 
@@ -110,8 +111,25 @@ def memory_table(queries):
     return render([heading, *rows])
 
 
-def growth_table(operations):
-    return []
+def growth_table(reads):
+    """Each read among few records and among many."""
+    if not reads:
+        return []
+    few, many = (min(read["stored"] for read in reads), max(read["stored"] for read in reads))
+    heading = ("growth", "records found", f"among {few}, µs a record", f"among {many}",
+               "plug-in", "raw", "index", "goal", "")
+    rows = []
+    for small in (read for read in reads if read["stored"] == few):
+        large = next(read for read in reads if read["stored"] == many and
+                     all(read[key] == small[key] for key in ("operation", "answer")))
+        growth, raw_growth = (micros(large, side, WALL) / micros(small, side, WALL)
+                              for side in ("plug-in", "raw"))
+        plans = dict.fromkeys((small["plan"], large["plan"]))
+        rows.append((small["operation"], small["answer"],
+                     *(f"{micros(read, 'plug-in', WALL):.1f}" for read in (small, large)),
+                     f"{growth:.2f}", f"{raw_growth:.2f}", ", then ".join(plans),
+                     f"≤ {GROWTH_AT_MOST:g}", met(growth <= GROWTH_AT_MOST)))
+    return render([heading, *rows])
 
 
 def render(rows):

@@ -57,8 +57,7 @@ Round measureRound(const Contest& contest, double roundSecs, std::size_t& blocks
     Round round(contest.sides.size());
     double records = 0;
     do {
-        records +=
-            static_cast<double>(measureTurn(contest, blocks % contest.sides.size(), round));
+        records += static_cast<double>(measureTurn(contest, blocks % contest.sides.size(), round));
         ++blocks;
     } while (secsOf(round) < roundSecs && blocks < contest.maxBlocks);
     for (Cost& cost : round) {

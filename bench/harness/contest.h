@@ -26,7 +26,8 @@ struct Contest {
     std::function<void()> beforeBlock = [] {};
     /// Throws if the block did not do what it should have.
     std::function<void()> afterBlock = [] {};
-    /// Blocks of each side without which the work is not complete, and those that there is work for.
+    /// Blocks of each side without which the work is not complete, and those that there is work
+    /// for.
     std::size_t minBlocks = 1;
     std::size_t maxBlocks = std::numeric_limits<std::size_t>::max();
 };
