@@ -17,6 +17,7 @@
 #include <QJsonDocument>
 
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <numeric>
 
@@ -98,7 +99,7 @@ std::vector<Record> readyRecords(std::vector<Record> records) {
     return readBack(records);
 }
 
-constexpr std::size_t answers[] = {100, 1000};
+constexpr std::array<std::size_t, 2> answers{100, 1000};
 
 Documents uplinkDocuments(std::size_t count, std::size_t first) {
     auto records = messages(count, 0, first);
@@ -224,12 +225,12 @@ std::vector<Read> commandReads(Stores& stores, const RawCollectionPtr& collectio
     return reads;
 }
 
-constexpr Growing collections[] = {
+constexpr std::array<Growing, 4> collections{{
     {layout::eav_values::collection, layout::eav_values::indexes, valueDocuments, valueReads},
     {layout::eav_events::collection, layout::eav_events::indexes, eventDocuments, eventReads},
     {layout::ul_messages::collection, layout::ul_messages::indexes, uplinkDocuments, uplinkReads},
     {layout::dl_messages::collection, layout::dl_messages::indexes, commandDocuments, commandReads},
-};
+}};
 
 void store(RawCollection& collection, const Growing& growing, std::size_t begin, std::size_t end) {
     for (std::size_t first = begin; first < end; first += perRequest) {

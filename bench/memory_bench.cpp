@@ -24,7 +24,7 @@ namespace {
 constexpr std::size_t records = 100'000;
 constexpr std::size_t quickRecords = 10'000;
 
-constexpr std::size_t mebibyte = 1024 * 1024;
+constexpr std::size_t mebibyte = std::size_t{1024} * 1024;
 constexpr std::size_t readingsMayTake = 60 * mebibyte;
 /// The server's replies are no larger, and one at a time is what the client library holds.
 constexpr std::size_t replyTakes = 16 * mebibyte;

@@ -55,9 +55,10 @@ QJsonObject grown(QJsonObject readings, std::size_t rounds) {
 }
 
 /// With a member that no other record of a list has the like of.
-QJsonDocument withNumber(const QJsonDocument& document, const QString& key, QJsonValue number) {
+QJsonDocument withNumber(const QJsonDocument& document, const QString& key,
+                         const QJsonValue& number) {
     QJsonObject object = document.object();
-    object.insert(key, std::move(number));
+    object.insert(key, number);
     return QJsonDocument{object};
 }
 

@@ -113,17 +113,17 @@ private:
 /// documents if raw. Answers are let go after the block, for how long a host keeps one is its own
 /// affair.
 template <typename Record, typename Ask, typename Drain>
-Contest readContest(Ask plugin, Drain drain, std::vector<Record> ready) {
+Contest readContest(const Ask& plugin, const Drain& drain, std::vector<Record> ready) {
     using Answer = mongo::by_device<Record>;
     const auto answer = std::make_shared<std::shared_ptr<Answer>>();
     const auto records = std::make_shared<ReadyRecords<Record>>(std::move(ready));
     return {.sides = sidesOf(
-                [=]() mutable {
+                [answer, plugin = plugin]() mutable {
                     *answer = plugin();
                     return countRecords(**answer);
                 },
-                [=]() mutable { return drain([] {}); },
-                [=]() mutable {
+                [drain = drain]() mutable { return drain([] {}); },
+                [answer, records, drain = drain]() mutable {
                     *answer = std::make_shared<Answer>();
                     return drain([&found = **answer, &records = *records] {
                         Record record = records.next();
@@ -135,13 +135,13 @@ Contest readContest(Ask plugin, Drain drain, std::vector<Record> ready) {
 
 /// The raw side drains the answers of these queries.
 template <typename Record, typename Ask>
-Contest readContest(Ask plugin, const RawCollectionPtr& collection, std::vector<ReadyQuery> queries,
-                    std::vector<Record> ready) {
+Contest readContest(const Ask& plugin, const RawCollectionPtr& collection,
+                    std::vector<ReadyQuery> queries, std::vector<Record> ready) {
     const auto shared = std::make_shared<const std::vector<ReadyQuery>>(std::move(queries));
     const auto drain = [collection, shared](const auto& each) {
         return collection->drain(*shared, each);
     };
-    return readContest(std::move(plugin), drain, std::move(ready));
+    return readContest(plugin, drain, std::move(ready));
 }
 
 // The comparisons of one class of the plug-in each.

@@ -82,6 +82,7 @@ std::array<double, 3> quartilesOf(std::vector<double> values) {
 
 void judge(Measurement& measured) {
     std::vector<double> ratios;
+    ratios.reserve(measured.rounds.size());
     for (const Round& round : measured.rounds) {
         ratios.push_back(round[0].wallSecs / round[1].wallSecs);
     }
