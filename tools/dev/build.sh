@@ -120,8 +120,8 @@ command_bench() {
     # Whoever draws no picture does without its library.
     [[ " $* " != *" --keep "* && " $* " != *" --picture "* ]] ||
         install_packages_if_missing python3-matplotlib
-    # Nor need those build that look at an earlier run only.
-    if [[ " $* " != *" --picture "* && " $* " != *" --results "* ]]; then
+    # Nor do those build that measure nothing.
+    if [[ ! " $* " =~ " "(--picture|--results|--help|-h)" " ]]; then
         build_preset release lenient kelvrostorage bench/all
         export_plugin
         start_servers
