@@ -87,14 +87,19 @@ Contest push(Stores& stores, const DeviceObjects& objects, std::size_t size, boo
     const auto [plugin, raw] = prepare(stores, objects, size, persist);
     mongocxx::v1::update_one_options upsert;
     upsert.upsert(true);
+    const Call store = [raw = raw, persist, upsert](std::size_t i) {
+        raw->redis.send(raw->sets[i]);
+        if (persist) {
+            raw->copies->measured.update_one(raw->queries[i], raw->updates[i], upsert);
+        }
+    };
+    const Call writeAndStore = [store, write = plugin.write](std::size_t i) {
+        write(static_cast<int>(i));
+        store(i);
+    };
     return callByCall(
         size, [push = plugin.push, persist](std::size_t i) { push(static_cast<int>(i), persist); },
-        [raw = raw, persist, upsert](std::size_t i) {
-            raw->redis.send(raw->sets[i]);
-            if (persist) {
-                raw->copies->measured.update_one(raw->queries[i], raw->updates[i], upsert);
-            }
-        });
+        store, plugin.write ? writeAndStore : nullptr);
 }
 
 Contest pull(Stores& stores, const DeviceObjects& objects, std::size_t size, bool fromCopy) {
@@ -102,12 +107,22 @@ Contest pull(Stores& stores, const DeviceObjects& objects, std::size_t size, boo
     if (fromCopy) {
         stores.emptyRedis(objects.db);
     }
+    const auto fetch = [raw = raw, fromCopy](std::size_t i) {
+        auto text = raw->redis.send(raw->gets[i]);
+        if (fromCopy) {
+            raw->copies->measured.find_one(raw->queries[i]);
+        }
+        return text;
+    };
     return callByCall(
-        size, [pull = plugin.pull](std::size_t i) { pull(static_cast<int>(i)); },
-        [raw = raw, fromCopy](std::size_t i) {
-            raw->redis.send(raw->gets[i]);
+        size, [pull = plugin.pull](std::size_t i) { pull(static_cast<int>(i)); }, fetch,
+        [fetch, fromCopy, plugin = plugin](std::size_t i) {
+            const int device = static_cast<int>(i);
+            const auto text = fetch(i);
             if (fromCopy) {
-                raw->copies->measured.find_one(raw->queries[i]);
+                plugin.readCopy(device);
+            } else {
+                plugin.read(device, *text);
             }
         });
 }
@@ -131,10 +146,10 @@ void addDeviceObjects(Comparisons& comparisons, LazyStores& stores, const Device
         };
     };
     const std::string& name = objects.name;
-    addForSizes(comparisons, stores, name + " Push", writeGoal, with(push, false));
-    addForSizes(comparisons, stores, name + " Push persist", writeGoal, with(push, true));
-    addForSizes(comparisons, stores, name + " Pull", readGoal, with(pull, false));
-    addForSizes(comparisons, stores, name + " Pull from copy", readGoal, with(pull, true));
+    addForSizes(comparisons, stores, name + " Push", objects.pushGoals, with(push, false));
+    addForSizes(comparisons, stores, name + " Push persist", writeGoals, with(push, true));
+    addForSizes(comparisons, stores, name + " Pull", objects.pullGoals, with(pull, false));
+    addForSizes(comparisons, stores, name + " Pull from copy", readGoals, with(pull, true));
 }
 
 } // namespace bench

@@ -2,6 +2,8 @@
 
 #include "bench/store_contests.h"
 
+#include <hiredis/hiredis.h>
+
 #include <QByteArray>
 
 #include <functional>
@@ -14,10 +16,16 @@
 /// device in Redis and a copy of it in MongoDB.
 namespace bench {
 
-/// What the plug-in does with the object of a device.
+/// What the plug-in does with the object of a device, and the least that Qt takes for the texts and
+/// objects in it: the floor does that beside what the raw side does.
 struct DeviceCalls {
     std::function<void(int device, bool persist)> push;
     std::function<void(int device)> pull;
+    /// Makes the text that is stored. There may be none: then pushing has no floor.
+    std::function<void(int device)> write;
+    /// Makes the object that was read from Redis' text, and from its copy.
+    std::function<void(int device, const redisReply& text)> read;
+    std::function<void(int device)> readCopy;
 };
 
 /// One kind of such objects.
@@ -27,6 +35,8 @@ struct DeviceObjects {
     std::string_view copies;
     /// The key in Redis.
     std::function<QByteArray(int device)> keyOf;
+    Goals pushGoals;
+    Goals pullGoals;
     /// Makes the objects of the devices 0…size-1, for push to store.
     std::function<DeviceCalls(Stores& stores, std::size_t size)> make;
 };

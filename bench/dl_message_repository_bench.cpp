@@ -1,7 +1,7 @@
+#include "bench/queries.h"
 #include "bench/records.h"
 #include "bench/store_contests.h"
 #include "model/documents/dl_message.h"
-#include "mongo/query.h"
 
 #include <mongocxx/v1/update_one_result.hpp>
 
@@ -45,51 +45,12 @@ std::vector<QString> storeCommands(Stores& stores, std::size_t size) {
     return ids;
 }
 
-Documents queriesById(const std::vector<QString>& ids) {
-    Documents queries;
-    for (const QString& id : ids) {
-        bson_builder query;
-        query.appendOid(field::id, bsoncxx::v1::oid{id.toStdString()});
-        queries.push_back(query.take());
-    }
-    return queries;
-}
-
 bsoncxx::v1::document::value settingStatus(dl_status status) {
     bson_builder update;
     update.appendDocument("$set", [&](bson_builder& set) {
         set.appendInt32(field::status, static_cast<std::int32_t>(status));
     });
     return update.take();
-}
-
-void appendNotAcknowledged(bson_builder& query) {
-    const auto either = [](dl_status status) {
-        return [status](bson_builder& alternative) {
-            alternative.appendInt32(field::status, static_cast<std::int32_t>(status));
-        };
-    };
-    query.appendArray("$or", [&](bson_builder& alternatives) {
-        alternatives.appendDocument("0", either(dl_status::WAIT_DATA));
-        alternatives.appendDocument("1", either(dl_status::PENDING));
-    });
-}
-
-enum class Which { all, notAcknowledged };
-
-/// One request for each device.
-Documents queriesByDevice(const model::filter_dl& filter, Which which) {
-    Documents queries;
-    for (const int device : filter.modem_ids) {
-        bson_builder query;
-        query.appendInt32(field::modem_id, device);
-        mongo::appendPeriod(query, field::timestamp, filter.begin, filter.end);
-        if (which == Which::notAcknowledged) {
-            appendNotAcknowledged(query);
-        }
-        queries.push_back(query.take());
-    }
-    return queries;
 }
 
 Contest saveMessage(Stores& stores, std::size_t size) {
@@ -107,11 +68,14 @@ Contest saveMessage(Stores& stores, std::size_t size) {
 Contest getById(Stores& stores, std::size_t size) {
     const auto collection = emptyCollection(stores);
     const auto ids = storeCommands(stores, size);
+    const auto queries = conditionsOf(ids);
     return callByCall(
         size,
         [&repository = stores.downlinks(), ids](std::size_t i) { repository.GetById(ids[i]); },
-        [collection, queries = queriesById(ids)](std::size_t i) {
+        [collection, queries](std::size_t i) { collection->measured.find_one(queries[i]); },
+        [collection, queries, ready = readBack(someCommands(size))](std::size_t i) {
             collection->measured.find_one(queries[i]);
+            deepCopy(ready[i]);
         });
 }
 
@@ -124,23 +88,19 @@ Contest setStatus(Stores& stores, std::size_t size) {
         [&repository = stores.downlinks(), ids](std::size_t i) {
             repository.SetStatus(ids[i], dl_status::EXECUTED);
         },
-        [collection, queries = queriesById(ids), update = settingStatus(dl_status::WAIT_DATA)](
+        [collection, queries = conditionsOf(ids), update = settingStatus(dl_status::WAIT_DATA)](
             std::size_t i) { collection->measured.update_one(queries[i], update); });
 }
 
-Prepare getCommands(decltype(&Repository::GetCommands) get, Which which) {
+Prepare getCommands(decltype(&Repository::GetCommands) get, Commands which) {
     return [=](Stores& stores, std::size_t size) {
         const auto collection = emptyCollection(stores);
         const auto records = someCommands(size);
         collection->put(documentsOf(records));
         const auto filter = filterFor(records);
-        std::vector<ReadyQuery> queries;
-        for (auto& query : queriesByDevice(filter, which)) {
-            queries.push_back({std::move(query), mongo::newestFirst(field::timestamp, 0)});
-        }
         return readContest(
             [&repository = stores.downlinks(), get, filter] { return (repository.*get)(filter); },
-            collection, std::move(queries));
+            collection, newestOf(filter, which), readBack(records));
     };
 }
 
@@ -152,20 +112,20 @@ Contest deleteMessages(Stores& stores, std::size_t size) {
         [&repository = stores.downlinks(), filter] {
             repository.DeleteMessages(filter.modem_ids, filter.begin, filter.end);
         },
-        queriesByDevice(filter, Which::all));
+        conditionsOf(filter, Commands::all));
 }
 
 } // namespace
 
 void addDownlinks(Comparisons& comparisons, LazyStores& stores) {
-    addForSizes(comparisons, stores, "downlink SaveMessage", writeGoal, saveMessage);
-    addForSizes(comparisons, stores, "downlink GetById", readGoal, getById);
-    addForSizes(comparisons, stores, "downlink GetCommands", readGoal,
-                getCommands(&Repository::GetCommands, Which::all));
-    addForSizes(comparisons, stores, "downlink GetNotAckCommands", readGoal,
-                getCommands(&Repository::GetNotAckCommands, Which::notAcknowledged));
-    addForSizes(comparisons, stores, "downlink SetStatus", writeGoal, setStatus);
-    addForSizes(comparisons, stores, "downlink DeleteMessages", writeGoal, deleteMessages);
+    addForSizes(comparisons, stores, "downlink SaveMessage", writeGoals, saveMessage);
+    addForSizes(comparisons, stores, "downlink GetById", readGoals, getById);
+    addForSizes(comparisons, stores, "downlink GetCommands", manyGoals,
+                getCommands(&Repository::GetCommands, Commands::all));
+    addForSizes(comparisons, stores, "downlink GetNotAckCommands", manyGoals,
+                getCommands(&Repository::GetNotAckCommands, Commands::notAcknowledged));
+    addForSizes(comparisons, stores, "downlink SetStatus", writeGoals, setStatus);
+    addForSizes(comparisons, stores, "downlink DeleteMessages", writeGoals, deleteMessages);
 }
 
 } // namespace bench

@@ -12,11 +12,16 @@ DeviceCalls makeQueues(Stores& stores, std::size_t size) {
     for (std::size_t device = 0; device < size; ++device) {
         all[device] = queues(static_cast<int>(device));
     }
-    return {.push =
-                [&queue, all = std::move(all)](int device, bool persist) {
-                    queue.Push(device, all[static_cast<std::size_t>(device)], persist);
-                },
-            .pull = [&queue](int device) { queue.Pull(device); }};
+    const auto ready = std::make_shared<const std::vector<model::dl_queues>>(std::move(all));
+    const auto of = [ready](int device) -> const model::dl_queues& {
+        return (*ready)[static_cast<std::size_t>(device)];
+    };
+    return {
+        .push = [&queue, of](int device, bool persist) { queue.Push(device, of(device), persist); },
+        .pull = [&queue](int device) { queue.Pull(device); },
+        .write = nullptr,
+        .read = [of](int device, const redisReply& /*text*/) { deepCopy(of(device)); },
+        .readCopy = [of](int device) { deepCopy(of(device)); }};
 }
 
 } // namespace
@@ -27,6 +32,8 @@ void addDownlinkQueues(Comparisons& comparisons, LazyStores& stores) {
                       .db = Stores::queueDb,
                       .copies = layout::dl_queues::collection,
                       .keyOf = [](int device) { return QByteArray::number(device); },
+                      .pushGoals = costAtMost(1.35),
+                      .pullGoals = costAtMost(1.5),
                       .make = makeQueues});
 }
 

@@ -4,8 +4,12 @@
 
 #include <hiredis/hiredis.h>
 
+#include <QHash>
+#include <QJsonDocument>
 #include <QJsonObject>
 
+#include <map>
+#include <memory>
 #include <utility>
 
 namespace bench {
@@ -28,15 +32,29 @@ void setValues(interfaces::IDriverState& state, int device, const QJsonObject& r
     }
 }
 
+QJsonObject objectOf(const redisReply& text) {
+    const auto json = QByteArray::fromRawData(text.str, static_cast<int>(text.len));
+    return QJsonDocument::fromJson(json).object();
+}
+
 DeviceCalls makeStates(Stores& stores, std::size_t size) {
     auto& state = stores.driverState();
     state.SetPrefix(QStringLiteral("bench:state"));
+    std::map<int, QJsonObject> made;
     int device = 0;
     for (const model::message& message : messages(size, 0)) {
-        setValues(state, device++, message.data.object());
+        setValues(state, device, message.data.object());
+        made[device] = deepCopy(state.GetAll(device));
+        ++device;
     }
-    return {.push = [&state](int of, bool persist) { state.Push(of, persist); },
-            .pull = [&state](int of) { state.Pull(of); }};
+    const auto ready = std::make_shared<const std::map<int, QJsonObject>>(std::move(made));
+    const auto pulled = std::make_shared<std::map<int, QJsonObject>>(*ready);
+    return {
+        .push = [&state](int of, bool persist) { state.Push(of, persist); },
+        .pull = [&state](int of) { state.Pull(of); },
+        .write = [ready](int of) { QJsonDocument{ready->at(of)}.toJson(QJsonDocument::Compact); },
+        .read = [pulled](int of, const redisReply& text) { (*pulled)[of] = objectOf(text); },
+        .readCopy = [ready, pulled](int of) { (*pulled)[of] = deepCopy(ready->at(of)); }};
 }
 
 DeviceObjects states() {
@@ -44,6 +62,8 @@ DeviceObjects states() {
             .db = Stores::stateDb,
             .copies = layout::states::collection,
             .keyOf = keyOf,
+            .pushGoals = costAtMost(1.35),
+            .pullGoals = costAtMost(1.05, "floor"),
             .make = makeStates};
 }
 
@@ -73,16 +93,26 @@ Contest getAllStates(Stores& stores, std::size_t size) {
     const auto scanAndGet = [&redis = stores.rawRedis(Stores::stateDb),
                              getAll = commandForAll(size)] {
         scanKeys(redis);
-        return redis.send(getAll)->elements;
+        return redis.send(getAll);
     };
-    return {.sides = pluginAndRaw(ask, scanAndGet), .afterBlock = [answer] { *answer = nullptr; }};
+    return {.sides = sidesOf(
+                ask, [scanAndGet] { return scanAndGet()->elements; },
+                [scanAndGet, answer] {
+                    const auto texts = scanAndGet();
+                    *answer = std::make_shared<QHash<int, QJsonObject>>();
+                    for (std::size_t i = 0; i < texts->elements; ++i) {
+                        (*answer)->insert(static_cast<int>(i), objectOf(*texts->element[i]));
+                    }
+                    return texts->elements;
+                }),
+            .afterBlock = [answer] { *answer = nullptr; }};
 }
 
 } // namespace
 
 void addDriverState(Comparisons& comparisons, LazyStores& stores) {
     addDeviceObjects(comparisons, stores, states());
-    addForSizes(comparisons, stores, "state GetAllStates", readGoal, getAllStates);
+    addForSizes(comparisons, stores, "state GetAllStates", costAtMost(1.10, "floor"), getAllStates);
 }
 
 } // namespace bench

@@ -1,8 +1,8 @@
+#include "bench/queries.h"
 #include "bench/records.h"
 #include "bench/store_contests.h"
 #include "model/documents/dev_event.h"
 #include "model/documents/dev_value.h"
-#include "mongo/query.h"
 
 #include <algorithm>
 #include <numeric>
@@ -13,8 +13,6 @@ namespace {
 
 namespace value_field = layout::eav_values;
 namespace event_field = layout::eav_events;
-using bson_utils::bson_builder;
-
 using Repository = interfaces::IEAVRepository;
 
 /// The plug-in's operations on one kind of record.
@@ -22,7 +20,7 @@ template <typename Record>
 struct Kind {
     std::string_view collection;
     std::span<const layout::index> indexes;
-    std::vector<Record> (*make)(std::size_t count);
+    std::vector<Record> (*make)(std::size_t count, std::size_t first);
     void (Repository::*save)(const std::list<Record>&);
     std::shared_ptr<mongo::by_device<Record>> (Repository::*get)(const model::filter_eav&);
     void (Repository::*erase)(const model::filter_eav&) = nullptr;
@@ -56,18 +54,10 @@ model::filter_eav filterFor(const std::vector<Record>& records) {
     return filter;
 }
 
-/// Values and events have the same names for time and device.
-bsoncxx::v1::document::value queryFor(const model::filter_eav& filter) {
-    bson_builder query;
-    mongo::appendPeriod(query, value_field::timestamp, filter.begin, filter.end);
-    mongo::appendIn(query, value_field::modem_id, filter.modem_ids);
-    return query.take();
-}
-
 template <typename Record>
 Prepare saving(const Kind<Record>& kind) {
     return [kind](Stores& stores, std::size_t size) {
-        const auto records = kind.make(size);
+        const auto records = kind.make(size, 0);
         return insertAtOnce(
             kind.empty(stores),
             [kind, &repository = stores.eav(), list = std::list(records.begin(), records.end())] {
@@ -80,49 +70,26 @@ Prepare saving(const Kind<Record>& kind) {
 template <typename Record>
 Prepare getting(const Kind<Record>& kind) {
     return [kind](Stores& stores, std::size_t size) {
-        const auto records = kind.make(size);
+        const auto records = kind.make(size, 0);
         const auto collection = kind.empty(stores);
         collection->put(documentsOf(records));
         const auto filter = filterFor(records);
         return readContest(
             [kind, &repository = stores.eav(), filter] { return (repository.*kind.get)(filter); },
-            collection, {{queryFor(filter), mongo::newestFirst(value_field::timestamp, 0)}});
+            collection, {newestOf(filter)}, readBack(records));
     };
 }
 
 template <typename Record>
 Prepare deleting(const Kind<Record>& kind) {
     return [kind](Stores& stores, std::size_t size) {
-        const auto records = kind.make(size);
+        const auto records = kind.make(size, 0);
         const auto filter = filterFor(records);
         return deleteContest(
             kind.empty(stores), documentsOf(records),
             [kind, &repository = stores.eav(), filter] { (repository.*kind.erase)(filter); },
-            {queryFor(filter)});
+            {conditionsOf(filter)});
     };
-}
-
-bsoncxx::v1::document::value numbersOf(const model::filter_eav& filter, int device,
-                                       const QString& obisCode) {
-    bson_builder query;
-    mongo::appendPeriod(query, value_field::timestamp, filter.begin, filter.end);
-    query.appendInt32(value_field::modem_id, device);
-    query.appendString(value_field::obis_code, obisCode);
-    query.appendDocument(value_field::value,
-                         [](bson_builder& condition) { condition.appendUtf8("$type", "number"); });
-    return query.take();
-}
-
-std::vector<ReadyQuery> firstAndLastQueries(const model::filter_eav& filter) {
-    std::vector<ReadyQuery> queries;
-    for (const int device : filter.modem_ids) {
-        for (const QString& obisCode : filter.obis_codes) {
-            const auto numbers = numbersOf(filter, device, obisCode);
-            queries.push_back({numbers, mongo::newestFirst(value_field::timestamp, 1)});
-            queries.push_back({numbers, mongo::oldestFirst(value_field::timestamp, 1)});
-        }
-    }
-    return queries;
 }
 
 /// A block's devices.
@@ -142,18 +109,19 @@ Shares sharesOf(const std::vector<model::dev_value>& records, const std::vector<
     Shares shares;
     for (int device = 1; device <= devices; device += perShare) {
         filter.modem_ids = devicesFrom(device, perShare);
-        shares.push_back({filter, firstAndLastQueries(filter)});
+        shares.push_back({filter, firstAndLastOf(filter)});
     }
     return shares;
 }
 
-/// Asks for one share after the other, from the start again after the last one.
+/// Asks for one share after the other, from the start again after the last one. Each copy counts by
+/// itself.
 template <typename Ask>
 auto inTurn(const std::shared_ptr<const Shares>& shares, const Ask& ask) {
-    return [shares, ask, next = std::make_shared<std::size_t>(0)] {
-        const Share& share = (*shares)[*next];
-        *next = (*next + 1) % shares->size();
-        return ask(share);
+    return [shares, ask, next = std::size_t{0}](const auto&... arguments) mutable {
+        const Share& share = (*shares)[next];
+        next = (next + 1) % shares->size();
+        return ask(share, arguments...);
     };
 }
 
@@ -165,26 +133,30 @@ Contest getFirstAndLast(Stores& stores, std::size_t size) {
     const auto records = numericValues(devices, codes);
     collection->put(documentsOf(records));
     const auto shares = std::make_shared<const Shares>(sharesOf(records, codes, devices));
-    auto contest = readContest(
-        inTurn(shares, [&repository = stores.eav()](
-                           const Share& share) { return repository.GetValues(share.filter); }),
-        inTurn(shares,
-               [collection](const Share& share) { return collection->drain(share.queries); }));
-    contest.minRounds = shares->size();
+    auto contest = readContest(inTurn(shares,
+                                      [&repository = stores.eav()](const Share& share) {
+                                          return repository.GetValues(share.filter);
+                                      }),
+                               inTurn(shares,
+                                      [collection](const Share& share, const auto& each) {
+                                          return collection->drain(share.queries, each);
+                                      }),
+                               readBack(records));
+    contest.minBlocks = shares->size();
     return contest;
 }
 
 } // namespace
 
 void addEav(Comparisons& comparisons, LazyStores& stores) {
-    addForSizes(comparisons, stores, "values SaveValues", writeGoal, saving(valueKind));
-    addForSizes(comparisons, stores, "values GetValues", readGoal, getting(valueKind));
-    addForSizes(comparisons, stores, "values GetValues first_last", readGoal, getFirstAndLast,
+    addForSizes(comparisons, stores, "values SaveValues", writeGoals, saving(valueKind));
+    addForSizes(comparisons, stores, "values GetValues", manyGoals, getting(valueKind));
+    addForSizes(comparisons, stores, "values GetValues first_last", readGoals, getFirstAndLast,
                 {2, 100, 10'000});
-    addForSizes(comparisons, stores, "values DeleteValues", writeGoal, deleting(valueKind));
-    addForSizes(comparisons, stores, "events SaveEvents", writeGoal, saving(eventKind));
-    addForSizes(comparisons, stores, "events GetEvents", readGoal, getting(eventKind));
-    addForSizes(comparisons, stores, "events DeleteEvents", writeGoal, deleting(eventKind));
+    addForSizes(comparisons, stores, "values DeleteValues", writeGoals, deleting(valueKind));
+    addForSizes(comparisons, stores, "events SaveEvents", writeGoals, saving(eventKind));
+    addForSizes(comparisons, stores, "events GetEvents", manyGoals, getting(eventKind));
+    addForSizes(comparisons, stores, "events DeleteEvents", writeGoals, deleting(eventKind));
 }
 
 } // namespace bench

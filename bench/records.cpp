@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <set>
 
 namespace bench {
 
@@ -43,6 +44,7 @@ double grown(double reading, std::size_t rounds) {
            thousandths;
 }
 
+/// Of another meter of the same make.
 QJsonObject grown(QJsonObject readings, std::size_t rounds) {
     for (auto reading = readings.begin(); reading != readings.end(); ++reading) {
         if (reading.value().isDouble()) {
@@ -50,6 +52,14 @@ QJsonObject grown(QJsonObject readings, std::size_t rounds) {
         }
     }
     return readings;
+}
+
+/// With a member that no other record of a list has the like of.
+QJsonDocument withNumber(const QJsonDocument& document, const QString& key,
+                         const QJsonValue& number) {
+    QJsonObject object = document.object();
+    object.insert(key, number);
+    return QJsonDocument{object};
 }
 
 const std::vector<model::message>& telegramMessages() {
@@ -109,10 +119,10 @@ QJsonObject withManyKeys(int number) {
 }
 
 QJsonObject withLongTexts(int number) {
-    const auto sentence = QStringLiteral(u"Zähler %1 geprüft, Siegel unversehrt. ").arg(number);
+    const auto sentence = QStringLiteral(u"Zähler %1 geprüft, Siegel %2 unversehrt. ");
     QJsonObject texts;
     for (int i = 0; i < 8; ++i) {
-        texts.insert(QStringLiteral("note_%1").arg(i), sentence.repeated(60));
+        texts.insert(QStringLiteral("note_%1").arg(i), sentence.arg(number).arg(i).repeated(60));
     }
     return texts;
 }
@@ -127,16 +137,21 @@ QJsonObject withLongLists(int number) {
 
 } // namespace
 
-std::vector<model::message> messages(std::size_t count, quint64 firstId) {
+std::vector<model::message> messages(std::size_t count, quint64 firstId, std::size_t first) {
     const auto& originals = telegramMessages();
     std::vector<model::message> messages;
     messages.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < first + count; ++i) {
         model::message message = originals[i % originals.size()];
         message.unique_id = firstId + i;
         message.timestamp = start().addSecs(-static_cast<qint64>(i));
         message.time_detected = message.timestamp.addSecs(-2);
         message.data = QJsonDocument{grown(message.data.object(), i / originals.size())};
+        // Not every make sends a quantity.
+        message.data = withNumber(message.data, QStringLiteral("id"),
+                                  QStringLiteral("%1").arg(10'000'000 + i));
+        message.extended_data =
+            withNumber(message.extended_data, QStringLiteral("line"), static_cast<int>(i + 1));
         // Nobody decodes the last bytes again.
         message.payload = message.payload.chopped(8) + QByteArray::number(quint64{10'000'000} + i);
         messages.push_back(std::move(message));
@@ -144,16 +159,26 @@ std::vector<model::message> messages(std::size_t count, quint64 firstId) {
     return messages;
 }
 
-std::vector<model::dev_value> values(std::size_t count) {
+std::vector<int> devicesOf(const std::vector<model::message>& messages) {
+    std::set<int> devices;
+    for (const model::message& message : messages) {
+        devices.insert(message.modem_id);
+    }
+    return {devices.begin(), devices.end()};
+}
+
+std::vector<model::dev_value> values(std::size_t count, std::size_t first) {
     constexpr qint64 roundSecs = 300;
     const auto& originals = meterValues();
     std::vector<model::dev_value> values;
     values.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < first + count; ++i) {
         const std::size_t round = i / originals.size();
         auto value =
             later(originals[i % originals.size()], roundSecs * static_cast<qint64>(round), round);
         value.modem_id = deviceOf(i / 32);
+        value.extended_data =
+            withNumber(value.extended_data, QStringLiteral("line"), static_cast<int>(i + 1));
         values.push_back(std::move(value));
     }
     return values;
@@ -179,13 +204,16 @@ std::vector<model::dev_value> numericValues(int devices, const std::vector<QStri
             for (const qint64 secs : {0, 60}) {
                 values.push_back(later(original, secs, static_cast<std::size_t>(device)));
                 values.back().modem_id = device;
+                values.back().extended_data =
+                    withNumber(original.extended_data, QStringLiteral("line"),
+                               static_cast<int>(values.size()));
             }
         }
     }
     return values;
 }
 
-std::vector<model::dev_event> events(std::size_t count) {
+std::vector<model::dev_event> events(std::size_t count, std::size_t first) {
     static const std::vector<QString> texts{
         QStringLiteral("POWER_LOW"),    QStringLiteral("LEAKAGE"),
         QStringLiteral("COVER_OPENED"), QStringLiteral("MAGNETIC_FIELD"),
@@ -193,7 +221,7 @@ std::vector<model::dev_event> events(std::size_t count) {
     };
     std::vector<model::dev_event> events;
     events.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < first + count; ++i) {
         model::dev_event event;
         event.modem_id = deviceOf(i);
         event.timestamp = start().addSecs(-static_cast<qint64>(i));
@@ -211,22 +239,25 @@ std::vector<model::dev_event> events(std::size_t count) {
     return events;
 }
 
-std::vector<model::dl_message> commands(std::size_t count, std::size_t perDevice) {
+std::vector<model::dl_message> commands(std::size_t count, std::size_t perDevice,
+                                        std::size_t first) {
     std::vector<model::dl_message> commands;
     commands.reserve(count);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = first; i < first + count; ++i) {
         model::dl_message command;
         command.modem_id = 1 + static_cast<int>(i / perDevice);
         command.timeout = 60;
         command.ttl = start().addSecs(lifetimeSecs);
         command.timestamp = start().addSecs(-static_cast<qint64>(i));
         command.api_key = QStringLiteral("bench");
+        const int second = static_cast<int>(i);
         command.data = {
             {QStringLiteral("request"), QStringLiteral("read registers")},
             {QStringLiteral("first"), static_cast<int>(i)},
             {QStringLiteral("count"), 8},
-            {QStringLiteral("schedule"), QJsonObject{{QStringLiteral("window"), QJsonArray{6, 22}},
-                                                     {QStringLiteral("retry"), true}}},
+            {QStringLiteral("schedule"),
+             QJsonObject{{QStringLiteral("window"), QJsonArray{second, second + 28'800}},
+                         {QStringLiteral("retry"), i % 2 == 0}}},
         };
         command.payload = QByteArray::number(static_cast<qulonglong>(i) * 2'654'435'761U, 16)
                               .rightJustified(24, '0');

@@ -13,7 +13,11 @@ namespace {
 
 constexpr std::size_t maxCallsPerBlock = 100;
 
-std::function<std::size_t()> blockOf(const Call& call, std::size_t size, std::size_t perBlock) {
+/// The time for a comparison: a round with 10,000 records takes up to several seconds.
+constexpr double shortSecs = 6;
+constexpr double longSecs = 20;
+
+Block blockOf(const Call& call, std::size_t size, std::size_t perBlock) {
     return [call, size, perBlock, next = std::size_t{0}]() mutable {
         for (std::size_t i = 0; i < perBlock; ++i) {
             call(next);
@@ -26,17 +30,26 @@ std::function<std::size_t()> blockOf(const Call& call, std::size_t size, std::si
 } // namespace
 
 void addForSizes(Comparisons& comparisons, LazyStores& stores, const std::string& operation,
-                 const Goal& goal, const Prepare& prepare, std::array<std::size_t, 3> of) {
-    for (const std::size_t size : of) {
-        comparisons.add({operation, std::to_string(size), goal,
-                         [&stores, prepare, size] { return prepare(stores(), size); }});
+                 const Goals& goals, const Prepare& prepare, std::array<std::size_t, 3> of,
+                 const std::string& mixture) {
+    for (std::size_t i = 0; i < of.size(); ++i) {
+        const std::size_t size = of[i];
+        const std::string input = std::to_string(size);
+        comparisons.add({.operation = operation,
+                         .input = size > 1 ? input + mixture : input,
+                         .goal = goals[i],
+                         .secs = size < 10'000 ? shortSecs : longSecs,
+                         .prepare = [&stores, prepare, size] { return prepare(stores(), size); }});
     }
 }
 
-Contest callByCall(std::size_t size, const Call& plugin, const Call& raw) {
+Contest callByCall(std::size_t size, const Call& plugin, const Call& raw, const Call& floor) {
     const std::size_t perBlock = std::min(size, maxCallsPerBlock);
-    return {.sides = pluginAndRaw(blockOf(plugin, size, perBlock), blockOf(raw, size, perBlock)),
-            .minRounds = size / perBlock};
+    const auto block = [&](const Call& call) -> Block {
+        return call ? blockOf(call, size, perBlock) : nullptr;
+    };
+    return {.sides = sidesOf(block(plugin), block(raw), block(floor)),
+            .minBlocks = size / perBlock};
 }
 
 std::size_t recordsToInsert(std::size_t size) {
@@ -58,8 +71,8 @@ Contest insertByCall(const RawCollectionPtr& collection, std::size_t size, const
             *expected = 0;
         };
     } else {
-        contest.minRounds = size / perBlock;
-        contest.maxRounds = contest.minRounds;
+        contest.minBlocks = size / perBlock;
+        contest.maxBlocks = contest.minBlocks;
     }
     contest.afterBlock = [=] {
         *expected += perBlock;
@@ -79,7 +92,7 @@ Contest insertAtOnce(const RawCollectionPtr& collection, const std::function<voi
         collection->measured.insert_many(*ready);
         return ready->size();
     };
-    return {.sides = pluginAndRaw(save, insert),
+    return {.sides = sidesOf(save, insert),
             .beforeBlock = [=] { collection->clear(); },
             .afterBlock = [=] { collection->require(ready->size()); }};
 }
@@ -95,7 +108,7 @@ Contest deleteContest(const RawCollectionPtr& collection, Documents documents,
         collection->erase(ready);
         return originals->size();
     };
-    return {.sides = pluginAndRaw(deleteByPlugin, deleteRaw),
+    return {.sides = sidesOf(deleteByPlugin, deleteRaw),
             .beforeBlock = [=] { collection->put(*originals); },
             .afterBlock = [=] { collection->require(0); }};
 }

@@ -2,6 +2,7 @@
 
 #include "bench/baselines/raw_collection.h"
 #include "bench/baselines/raw_redis.h"
+#include "bench/query_plan.h"
 #include "host/plugin_file.h"
 #include "interfaces/idevice_clients_database.h"
 #include "interfaces/idevice_clients_repository.h"
@@ -65,6 +66,11 @@ public:
     static constexpr int clientDb = 13;
     static constexpr int stateDb = 14;
     static constexpr int queueDb = 15;
+
+    /// See query_plan.h.
+    QString planOf(std::string_view collection, const ReadyQuery& query) {
+        return queryPlan(database(), collection, query);
+    }
 
     /// What the servers say about themselves.
     QJsonObject versions();

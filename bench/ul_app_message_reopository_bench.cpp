@@ -1,9 +1,8 @@
+#include "bench/queries.h"
 #include "bench/records.h"
 #include "bench/store_contests.h"
 #include "model/documents/ul_message.h"
 #include "mongo/query.h"
-
-#include <set>
 
 namespace bench {
 
@@ -21,10 +20,7 @@ RawCollectionPtr emptyCollection(Stores& stores) {
 
 /// All messages: of every device and of all times.
 model::filter_roll filterFor(const std::vector<model::message>& messages) {
-    std::set<int> devices;
-    for (const model::message& message : messages) {
-        devices.insert(message.modem_id);
-    }
+    const auto devices = devicesOf(messages);
     model::filter_roll filter;
     filter.modem_ids.assign(devices.begin(), devices.end());
     filter.begin = messages.back().timestamp;
@@ -47,12 +43,9 @@ Contest getMessages(Stores& stores, std::size_t size) {
     const auto records = messages(size, pluginIds);
     collection->put(documentsOf(records));
     const auto filter = filterFor(records);
-    bson_builder query;
-    mongo::appendPeriod(query, field::timestamp, filter.begin, filter.end);
-    mongo::appendIn(query, field::modem_id, filter.modem_ids);
     return readContest(
         [&repository = stores.uplinks(), filter] { return repository.GetMessages(filter); },
-        collection, {{query.take(), mongo::newestFirst(field::timestamp, 0)}});
+        collection, {newestOf(filter)}, readBack(records));
 }
 
 Contest deleteMessages(Stores& stores, std::size_t size) {
@@ -69,9 +62,10 @@ Contest deleteMessages(Stores& stores, std::size_t size) {
 } // namespace
 
 void addUplinks(Comparisons& comparisons, LazyStores& stores) {
-    addForSizes(comparisons, stores, "uplink SaveMessage", writeGoal, saveMessage);
-    addForSizes(comparisons, stores, "uplink GetMessages", readGoal, getMessages);
-    addForSizes(comparisons, stores, "uplink DeleteMessages", writeGoal, deleteMessages);
+    addForSizes(comparisons, stores, "uplink SaveMessage", writeGoals, saveMessage);
+    addForSizes(comparisons, stores, "uplink GetMessages", costAtMost(1.10, 1.20), getMessages,
+                sizes, " mixed makes");
+    addForSizes(comparisons, stores, "uplink DeleteMessages", writeGoals, deleteMessages);
 }
 
 } // namespace bench

@@ -1,6 +1,5 @@
 #include "bench/baselines/raw_collection.h"
 
-#include <mongocxx/v1/cursor.hpp>
 #include <mongocxx/v1/delete_many_result.hpp>
 #include <mongocxx/v1/insert_many_result.hpp>
 
@@ -15,17 +14,6 @@ namespace {
 const bsoncxx::v1::document::view everything;
 
 } // namespace
-
-std::size_t RawCollection::drain(const std::vector<ReadyQuery>& queries) {
-    std::size_t documents = 0;
-    for (const ReadyQuery& query : queries) {
-        auto cursor = measured.find(query.filter, query.options);
-        for (const auto& document : cursor) {
-            documents += document.empty() ? 0 : 1;
-        }
-    }
-    return documents;
-}
 
 void RawCollection::erase(const Documents& filters) {
     for (const auto& filter : filters) {

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "model/bson_utils.h"
+#include "bench/documents.h"
 
 #include <bsoncxx/v1/document/value.hpp>
 #include <mongocxx/v1/collection.hpp>
+#include <mongocxx/v1/cursor.hpp>
 #include <mongocxx/v1/find_options.hpp>
 
 #include <cstddef>
@@ -11,17 +12,6 @@
 #include <vector>
 
 namespace bench {
-
-using Documents = std::vector<bsoncxx::v1::document::value>;
-
-template <typename Records>
-Documents documentsOf(const Records& records) {
-    Documents documents;
-    for (const auto& record : records) {
-        documents.push_back(bson_utils::toBson(record));
-    }
-    return documents;
-}
 
 /// A query as both sides send it.
 struct ReadyQuery {
@@ -36,8 +26,23 @@ struct RawCollection {
     mongocxx::v1::collection measured;
     mongocxx::v1::collection unmeasured;
 
-    /// Takes every document of the answers from the cursors without looking into it.
-    std::size_t drain(const std::vector<ReadyQuery>& queries);
+    /// Takes every document of the answers from the cursors without looking into it, and calls
+    /// `each` for it.
+    template <typename Each>
+    std::size_t drain(const std::vector<ReadyQuery>& queries, Each each) {
+        std::size_t documents = 0;
+        for (const ReadyQuery& query : queries) {
+            auto cursor = measured.find(query.filter, query.options);
+            for (const auto& document : cursor) {
+                documents += document.empty() ? 0 : 1;
+                each();
+            }
+        }
+        return documents;
+    }
+    std::size_t drain(const std::vector<ReadyQuery>& queries) {
+        return drain(queries, [] {});
+    }
     void erase(const Documents& filters);
 
     // Not measured.

@@ -1,13 +1,11 @@
 #include "bench/harness/comparison.h"
 
 #include "bench/harness/options.h"
+#include "bench/harness/results.h"
 
 #include <benchmark/benchmark.h>
-#include <bson/bson.h>
 
 #include <QString>
-
-#include <gnu/libc-version.h>
 
 #include <cstdio>
 #include <exception>
@@ -31,57 +29,26 @@ public:
     }
 };
 
-/// The compiler, the kind of build and the versions of the libraries that are measured.
-QJsonObject buildAndLibraries() {
-    return {
-        {QStringLiteral("compiler"), QStringLiteral(KELVRO_COMPILER)},
-        {QStringLiteral("build_type"), QStringLiteral(KELVRO_BUILD_TYPE)},
-        {QStringLiteral("Qt"), QLatin1String(qVersion())},
-        {QStringLiteral("libbson"), QLatin1String(bson_get_version())},
-        {QStringLiteral("mongocxx"), QStringLiteral(KELVRO_MONGOCXX_VERSION)},
-        {QStringLiteral("hiredis"), QStringLiteral(KELVRO_HIREDIS_VERSION)},
-        {QStringLiteral("glibc"), QLatin1String(gnu_get_libc_version())},
-    };
-}
-
-Measurement measure(Contest& contest, bool quick) {
+Measurement measured(Contest& contest, double secs, bool quick) {
     if (quick) {
-        contest.minRounds = 2;
-        return runRounds(contest, 0.1, 2);
+        contest.minBlocks = 2;
+        return measure(contest, {.rounds = 2, .fewestRounds = 2, .roundSecs = 0, .secs = 0.1});
     }
-    return runRounds(contest, 3.0, 7);
+    return measure(contest, {.secs = secs});
 }
 
-std::string summary(const std::vector<Round>& rounds) {
-    Cost first;
-    Cost second;
-    for (const Round& round : rounds) {
-        first.wallSecs += round[0].wallSecs;
-        second.wallSecs += round[1].wallSecs;
-    }
-    const double ratio = first.wallSecs / second.wallSecs;
-    return QString::asprintf("%5zu rounds   wall ratio %.3f", rounds.size(), ratio).toStdString();
+std::string summary(const Measurement& measurement) {
+    const auto [first, median, third] = measurement.ratioQuartiles;
+    return QString::asprintf("%4zu rounds   wall ratio %.3f (%.3f to %.3f)%s",
+                             measurement.rounds.size(), median, first, third,
+                             measurement.settled ? "" : ", not settled")
+        .toStdString();
 }
 
-QJsonArray namesOf(const std::vector<Side>& sides) {
-    QJsonArray names;
-    for (const Side& side : sides) {
-        names.append(QString::fromStdString(side.name));
-    }
-    return names;
-}
-
-/// For each round [wall, CPU] of each side, in seconds.
-QJsonArray toJson(const std::vector<Round>& rounds) {
-    QJsonArray all;
-    for (const Round& round : rounds) {
-        QJsonArray costs;
-        for (const Cost& cost : round) {
-            costs.append(QJsonArray{cost.wallSecs, cost.cpuSecs});
-        }
-        all.append(costs);
-    }
-    return all;
+QJsonObject toJson(const Goal& goal) {
+    return {{QStringLiteral("against"), QString::fromStdString(std::string(goal.against))},
+            {QStringLiteral("cost_at_most"), goal.costAtMost},
+            {QStringLiteral("speedup_at_least"), goal.speedupAtLeast}};
 }
 
 } // namespace
@@ -90,19 +57,15 @@ void Comparisons::runOne(benchmark::State& state, const Comparison& comparison, 
     for ([[maybe_unused]] auto iteration : state) {
         try {
             Contest contest = comparison.prepare();
-            const Measurement measured = measure(contest, quick);
-            state.SetIterationTime(measured.rounds.front().front().wallSecs);
-            state.SetLabel(summary(measured.rounds));
-            m_results.append(QJsonObject{
-                {QStringLiteral("operation"), QString::fromStdString(comparison.operation)},
-                {QStringLiteral("input"), QString::fromStdString(comparison.input)},
-                {QStringLiteral("cost_at_most"), comparison.goal.costAtMost},
-                {QStringLiteral("speedup_at_least"), comparison.goal.speedupAtLeast},
-                {QStringLiteral("sides"), namesOf(contest.sides)},
-                {QStringLiteral("records_per_block"),
-                 static_cast<qint64>(measured.recordsPerBlock)},
-                {QStringLiteral("rounds"), toJson(measured.rounds)},
-            });
+            const Measurement measurement = measured(contest, comparison.secs, quick);
+            state.SetIterationTime(measurement.rounds.front().front().wallSecs);
+            state.SetLabel(summary(measurement));
+            QJsonObject result = toJson(contest.sides, measurement);
+            result.insert(QStringLiteral("operation"),
+                          QString::fromStdString(comparison.operation));
+            result.insert(QStringLiteral("input"), QString::fromStdString(comparison.input));
+            result.insert(QStringLiteral("goal"), toJson(comparison.goal));
+            m_results.append(result);
         } catch (const std::exception& error) {
             m_failed = true;
             state.SkipWithError(error.what());

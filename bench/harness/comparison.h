@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace benchmark {
@@ -15,8 +16,10 @@ class State;
 
 namespace bench {
 
-/// What the wall ratio of a comparison's first two sides should be; 0 for none.
+/// What the wall ratio of a comparison's first side to another one should be; 0 for none.
 struct Goal {
+    /// The name of the other side.
+    std::string_view against = "raw";
     /// The first side's cost over the other's: what the plug-in adds to what it stands on.
     double costAtMost = 0;
     /// The other's cost over the first side's: how many times faster than the plain way.
@@ -28,6 +31,8 @@ struct Comparison {
     /// What it is done with: a number of records, or the name of the input.
     std::string input;
     Goal goal;
+    /// The time that measuring it may take.
+    double secs = Effort{}.secs;
     /// Builds the contest when its turn has come; what it set up goes when the contest is
     /// destroyed. An exception of either ends the comparison and makes the program fail.
     std::function<Contest()> prepare;

@@ -117,9 +117,15 @@ command_demo() {
 
 command_bench() {
     [[ -x bench/run ]] || die "there is no bench/run to measure with"
-    build_preset release lenient
-    export_plugin
-    start_servers
+    # Whoever draws no picture does without its library.
+    [[ " $* " != *" --keep "* && " $* " != *" --picture "* ]] ||
+        install_packages_if_missing python3-matplotlib
+    # Nor do those build that measure nothing.
+    if [[ ! " $* " =~ " "(--picture|--results|--help|-h)" " ]]; then
+        build_preset release lenient kelvrostorage bench/all
+        export_plugin
+        start_servers
+    fi
     run_child bench/run "$PROJECT/build/release" "$@"
 }
 

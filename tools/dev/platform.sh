@@ -60,12 +60,20 @@ versions() {
 # --- Debian 14 itself
 
 install_missing_packages() {
+    local packages
+    mapfile -t packages < <(package_list)
+    install_packages_if_missing "${packages[@]}"
+}
+
+# install_packages_if_missing PACKAGE…: a * in a name stands for any version. Also inside the root
+# folder, for what few commands need.
+install_packages_if_missing() {
     local missing=() installed package
     installed=$(dpkg-query --show --showformat '${Package} ${db:Status-Status}\n' |
         sed -n 's/ installed$//p')
-    while read -r package; do
+    for package in "$@"; do
         grep -qx "${package//\*/.*}" <<<"$installed" || missing+=("$package")
-    done < <(package_list)
+    done
     ((${#missing[@]} > 0)) || return 0
     ((EUID == 0)) ||
         die "these packages are missing, and $(id -un) has no right to install them; as root run:" \
