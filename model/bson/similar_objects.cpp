@@ -5,6 +5,8 @@
 
 #include <bson/bson.h>
 
+#include <QJsonArray>
+
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -22,12 +24,15 @@ constexpr std::size_t largestKnown = std::size_t{16} * 1024;
 constexpr std::size_t mostSizes = 512;
 constexpr std::size_t mostSmall = 64;
 constexpr std::size_t largestSmall = 64;
+/// For the members of longer lists and of deeper documents the parser is as fast.
+constexpr std::size_t largestList = 256;
+constexpr int deepest = 8;
 
 /// From here on the parser and QJsonValue may take a whole number in different ways.
 constexpr std::int64_t wholeLimit = std::int64_t{1} << 53;
 
-/// What Qt's parser makes of the value; nothing if that is in doubt.
-std::optional<QJsonValue> valueOf(const element_walk& element) {
+/// What Qt's parser makes of a value without members; nothing if that is in doubt.
+std::optional<QJsonValue> scalarOf(const element_walk& element) {
     switch (element.type()) {
     case BSON_TYPE_DOUBLE: {
         const double number = element.real();
@@ -53,12 +58,6 @@ std::optional<QJsonValue> valueOf(const element_walk& element) {
     default:
         return std::nullopt;
     }
-}
-
-/// One that valueOf takes, but for single values.
-bool isSimple(std::uint8_t type) {
-    return type == BSON_TYPE_DOUBLE || type == BSON_TYPE_INT32 || type == BSON_TYPE_INT64 ||
-           type == BSON_TYPE_UTF8 || type == BSON_TYPE_BOOL || type == BSON_TYPE_NULL;
 }
 
 } // namespace
@@ -116,11 +115,11 @@ std::optional<QJsonObject> similar_objects::similar(const bsoncxx::v1::document:
     return copied(*found, document);
 }
 
-/// Whether there are the same keys in the same order, and of the values only such without members
-/// are other ones.
+/// Whether there are the same keys in the same order, and other values can replace the known ones.
 bool similar_objects::compare(const known_document& known,
                               const bsoncxx::v1::document::view& document) {
-    m_replacements.clear();
+    m_replacements.erase(m_replacements.begin() + static_cast<std::ptrdiff_t>(m_first),
+                         m_replacements.end());
     element_walk element{document};
     int place = 0;
     for (const member& member : known.members) {
@@ -128,7 +127,7 @@ bool similar_objects::compare(const known_document& known,
             return false;
         }
         if (element.type() != member.type || element.bytes() != member.value) {
-            if (!isSimple(element.type())) {
+            if (!isReplaceable(element)) {
                 return false;
             }
             m_replacements.push_back({place, element});
@@ -138,27 +137,73 @@ bool similar_objects::compare(const known_document& known,
     return element.atEnd();
 }
 
+bool similar_objects::isReplaceable(const element_walk& element) const {
+    switch (element.type()) {
+    case BSON_TYPE_DOCUMENT:
+        return m_depth < deepest;
+    case BSON_TYPE_ARRAY:
+        return m_depth < deepest && element.bytes().size() <= largestList;
+    default:
+        return element.type() != BSON_TYPE_OID && element.type() != BSON_TYPE_DATE_TIME;
+    }
+}
+
 bool similar_objects::textsDiffer() const {
-    return std::ranges::any_of(m_replacements, [](const replacement& replacement) {
-        return replacement.element.type() == BSON_TYPE_UTF8;
-    });
+    return std::any_of(m_replacements.begin() + static_cast<std::ptrdiff_t>(m_first),
+                       m_replacements.end(), [](const replacement& replacement) {
+                           return replacement.element.type() == BSON_TYPE_UTF8;
+                       });
 }
 
 std::optional<QJsonObject> similar_objects::copied(const known_document& known,
                                                    const bsoncxx::v1::document::view& document) {
     ++m_copying.found;
     QJsonObject object = known.object;
-    if (!m_replacements.empty()) {
-        const auto members = object.begin();
-        for (const replacement& replacement : m_replacements) {
-            const auto value = valueOf(replacement.element);
-            if (!value) {
-                return ordinaryObject(document);
-            }
+    const std::size_t first = m_first;
+    const std::size_t last = m_replacements.size();
+    if (first == last) {
+        return object;
+    }
+    const auto members = object.begin();
+    bool certain = true;
+    m_first = last;
+    ++m_depth;
+    for (std::size_t i = first; certain && i < last; ++i) {
+        const replacement replacement = m_replacements[i];
+        const auto value = valueOf(replacement.element);
+        certain = value.has_value();
+        if (certain) {
             (members + replacement.place).value() = *value;
         }
     }
-    return object;
+    --m_depth;
+    m_first = first;
+    return certain ? std::optional{object} : ordinaryObject(document);
+}
+
+std::optional<QJsonValue> similar_objects::valueOf(const element_walk& element) {
+    if (element.type() == BSON_TYPE_ARRAY) {
+        return listOf(element.document());
+    }
+    if (element.type() != BSON_TYPE_DOCUMENT) {
+        return scalarOf(element);
+    }
+    auto nested = object(element.document());
+    return nested ? std::optional{QJsonValue{*std::move(nested)}} : std::nullopt;
+}
+
+std::optional<QJsonValue> similar_objects::listOf(const bsoncxx::v1::document::view& array) {
+    QJsonArray list;
+    element_walk element{array};
+    while (!element.atEnd()) {
+        const auto value =
+            element.next(std::to_string(list.size())) ? valueOf(element) : std::nullopt;
+        if (!value) {
+            return std::nullopt;
+        }
+        list.append(*value);
+    }
+    return list;
 }
 
 std::optional<QJsonObject> similar_objects::remembered(const bsoncxx::v1::document::view& document,

@@ -5,6 +5,7 @@
 #include <bsoncxx/v1/document/view.hpp>
 
 #include <QJsonObject>
+#include <QJsonValue>
 
 #include <cstddef>
 #include <cstdint>
@@ -67,11 +68,14 @@ private:
 
     std::optional<QJsonObject> shared(const bsoncxx::v1::document::view& document);
     std::optional<QJsonObject> similar(const bsoncxx::v1::document::view& document);
+    std::optional<QJsonValue> valueOf(const element_walk& element);
+    std::optional<QJsonValue> listOf(const bsoncxx::v1::document::view& array);
     std::optional<QJsonObject> remembered(const bsoncxx::v1::document::view& document,
                                           std::uint8_t& place);
     std::optional<QJsonObject> copied(const known_document& known,
                                       const bsoncxx::v1::document::view& document);
     bool compare(const known_document& known, const bsoncxx::v1::document::view& document);
+    bool isReplaceable(const element_walk& element) const;
     bool textsDiffer() const;
     static bool readMembers(known_document& known);
 
@@ -83,8 +87,10 @@ private:
     std::vector<std::uint8_t> m_latest;
     /// Each where the hash of its bytes says.
     std::vector<small_document> m_small;
-    /// Of the latest comparison.
+    /// Of the latest comparison, from m_first on; before them those of the documents around it.
     std::vector<replacement> m_replacements;
+    std::size_t m_first = 0;
+    int m_depth = 0;
 };
 
 } // namespace bson_utils

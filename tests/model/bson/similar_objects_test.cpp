@@ -134,6 +134,40 @@ INSTANTIATE_TEST_SUITE_P(
              with(embedded("d", doc(int32("n", 2))))},
         pair{"OtherList", with(array("l", doc(int32("0", 1)))),
              with(array("l", doc(int32("0", 2))))},
+        pair{"TwoNested",
+             with(embedded("d", doc(int32("n", 1))) + embedded("e", doc(int32("n", 2)))),
+             with(embedded("d", doc(int32("n", 3))) + embedded("e", doc(int32("n", 4))))},
+        pair{"NestedTwice",
+             with(embedded("d",
+                           doc(int32("a", 1), embedded("e", doc(int32("n", 2))), int32("z", 3)))),
+             with(embedded("d",
+                           doc(int32("a", 4), embedded("e", doc(int32("n", 5))), int32("z", 6))))},
+        pair{"NestedWithOtherKeys", with(embedded("d", doc(int32("n", 1)))),
+             with(embedded("d", doc(int32("m", 1), boolean("n", true))))},
+        pair{"NestedWithARepeatedKey", with(embedded("d", doc(int32("n", 1), int32("n", 2)))),
+             with(embedded("d", doc(int32("n", 3), int32("n", 4))))},
+        pair{"NestedWithAWideDouble", with(embedded("d", doc(number("n", 1.5)))),
+             with(embedded("d", doc(number("n", 1e17))))},
+        pair{"NestedWithADate", with(embedded("d", doc(int32("n", 1)))),
+             with(embedded("d", doc(date("n", 1))))},
+        pair{"NothingNested", with(embedded("d", doc(int32("n", 1)))), with(embedded("d", doc()))},
+        pair{"LongerList", with(array("l", doc(int32("0", 1)))),
+             with(array("l", doc(int32("0", 2), number("1", 2.5))))},
+        pair{"EmptyList", with(array("l", doc(int32("0", 1)))), with(array("l", doc()))},
+        pair{"ListOfDocuments", with(array("l", doc(embedded("0", doc(int32("n", 1)))))),
+             with(array("l",
+                        doc(embedded("0", doc(int32("n", 2))), embedded("1", doc(null("n"))))))},
+        pair{"ListOfLists", with(array("l", doc(array("0", doc(int32("0", 1)))))),
+             with(array("l", doc(array("0", doc(int32("0", 2), string("1", "x"))))))},
+        pair{"ListWithStrangeKeys", with(array("l", doc(int32("0", 1)))),
+             with(array("l", doc(int32("7", 1), int32("", 2))))},
+        pair{"ListWithADate", with(array("l", doc(int32("0", 1)))),
+             with(array("l", doc(date("0", 1))))},
+        pair{"ListWithAWideNumber", with(array("l", doc(int64("0", 1)))),
+             with(array("l", doc(int64("0", wide))))},
+        pair{"LongList", with(array("l", doc(string("0", std::string(150, 'x'))))),
+             with(array("l", doc(string("0", std::string(150, 'x')),
+                                 string("1", std::string(150, 'y')))))},
         pair{"ListForDocument", with(embedded("l", doc(int32("0", 1)))),
              with(array("l", doc(int32("0", 1))))},
         pair{"Date", with(int64("t", 1)), with(date("t", 1))},
@@ -169,6 +203,17 @@ TEST(SimilarObjects, AreReadPlainlyWhereTheDocumentIsDamaged) {
         if (plain) {
             expectPlain(object, damaged);
         }
+    }
+}
+
+// libbson renders 200 levels; beyond, the text does not parse.
+TEST(SimilarObjects, AreRightForAnyNumberOfLevels) {
+    auto objects = warm();
+    auto document = doc(int32("level", 0), string("note", "innermost"));
+    for (int level = 1; level < 250; ++level) {
+        document = doc(int32("level", level), embedded("next", document));
+        SCOPED_TRACE(level);
+        expectPlain(objects.object(document.view()), document);
     }
 }
 
