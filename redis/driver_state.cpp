@@ -1,5 +1,6 @@
 #include "redis/driver_state.h"
 
+#include "model/json/compact_json.h"
 #include "model/json/json_variant.h"
 #include "redis/device_json.h"
 
@@ -59,7 +60,9 @@ bool DriverStateRedis::Pull(int modem_id) {
 }
 
 bool DriverStateRedis::Push(int modem_id, bool persist) {
-    states().push(keyOf(modem_id), modem_id, m_states[modem_id], persist);
+    const QJsonObject& state = m_states[modem_id];
+    states().push(keyOf(modem_id), modem_id, model_convertors::compactJson(state), persist,
+                  [&] { return state; });
     return true;
 }
 
