@@ -3,8 +3,8 @@
 #include "model/json/compact_json.h"
 #include "model/json/json_variant.h"
 #include "redis/device_json.h"
-
-#include <QStringList>
+#include "redis/device_key.h"
+#include "redis/text.h"
 
 #include <type_traits>
 
@@ -17,11 +17,6 @@ class valueless_state : public std::bad_variant_access {
 public:
     const char* what() const noexcept override { return "Unexpected index"; }
 };
-
-// Text up to the first zero byte.
-QString untilZero(const QByteArray& utf8) {
-    return QString::fromUtf8(utf8.constData());
-}
 
 QJsonValue toJsonValue(const std::variant<int, double, QByteArray>& value) {
     if (value.valueless_by_exception()) {
@@ -48,6 +43,7 @@ DriverStateRedis::DriverStateRedis(const redis_conf& conf, const std::string& mo
 
 void DriverStateRedis::SetPrefix(const QString& prefix) {
     m_prefix = prefix;
+    m_keyStart = (prefix + QLatin1Char(':')).toLatin1();
 }
 
 const QString& DriverStateRedis::GetPrefix() {
@@ -116,20 +112,10 @@ QJsonObject DriverStateRedis::GetAll(int modem_id) {
 }
 
 QList<QVariant> DriverStateRedis::GetIDs(const QString& first, const QString& second) {
-    const QByteArray pattern = (second + QLatin1Char(':') + first + QLatin1String(":*")).toLatin1();
     QList<QVariant> ids;
-    int cursor = 0;
-    do {
-        const QVariantList reply =
-            send({"SCAN", QByteArray::number(cursor), "MATCH", pattern, "COUNT", "1000"})
-                .getValue()
-                .toList();
-        cursor = reply.value(0).toByteArray().toInt();
-        const QVariantList keys = reply.value(1).toList();
-        for (const QVariant& key : keys) {
-            ids.append(untilZero(key.toByteArray()).split(QLatin1Char(':')).last().toInt());
-        }
-    } while (cursor != 0);
+    for (const int device : devices(first, second)) {
+        ids.append(device);
+    }
     return ids;
 }
 
@@ -144,17 +130,21 @@ bool DriverStateRedis::DeleteDevices(const QList<int>& modem_ids, const QDateTim
 std::shared_ptr<QHash<int, QJsonObject>> DriverStateRedis::GetAllStates(const QString& first,
                                                                         const QString& second) {
     auto found = std::make_shared<QHash<int, QJsonObject>>();
-    const QList<QVariant> ids = GetIDs(first, second);
+    const std::vector<int> ids = devices(first, second);
+    const QByteArray start = (second + QLatin1Char(':') + first + QLatin1Char(':')).toUtf8();
     QList<QByteArray> command{"MGET"};
-    for (const QVariant& id : ids) {
-        command.append(QStringLiteral("%1:%2:%3").arg(second, first, id.toString()).toUtf8());
+    command.reserve(static_cast<int>(ids.size()) + 1);
+    for (const int device : ids) {
+        command.append(start + QByteArray::number(device));
     }
     // Sent without keys too; the server's complaint then gives no states.
     const QVariantList replies = send(command).getValue().toList();
-    for (int i = 0; i < ids.size(); ++i) {
-        const QVariant reply = replies.value(i);
-        if (reply.type() == QVariant::ByteArray) {
-            found->insert(ids[i].toInt(), objectOf(reply.toByteArray()));
+    found->reserve(replies.size());
+    auto device = ids.begin();
+    for (auto reply = replies.begin(); reply != replies.end() && device != ids.end();
+         ++reply, ++device) {
+        if (reply->type() == QVariant::ByteArray) {
+            found->insert(*device, objectOf(reply->toByteArray()));
         }
     }
     return found;
@@ -168,12 +158,31 @@ device_json<mongo::driver_state_persistent> DriverStateRedis::states() {
     return {m_connection, m_db, m_persistent};
 }
 
+/// Those of the keys that begin with the two parts, in the order of the scan.
+std::vector<int> DriverStateRedis::devices(const QString& first, const QString& second) {
+    const QByteArray pattern = (second + QLatin1Char(':') + first + QLatin1String(":*")).toLatin1();
+    std::vector<int> devices;
+    int cursor = 0;
+    do {
+        const QVariantList reply =
+            send({"SCAN", QByteArray::number(cursor), "MATCH", pattern, "COUNT", "1000"})
+                .getValue()
+                .toList();
+        cursor = reply.value(0).toByteArray().toInt();
+        const QVariantList keys = reply.value(1).toList();
+        for (const QVariant& key : keys) {
+            devices.push_back(deviceOf(key.toByteArray()));
+        }
+    } while (cursor != 0);
+    return devices;
+}
+
 RedisClient::Response DriverStateRedis::send(const QList<QByteArray>& command) {
     return m_connection.commandSync(command, m_db);
 }
 
 QByteArray DriverStateRedis::keyOf(int modem_id) const {
-    return (m_prefix + QLatin1Char(':') + QString::number(modem_id)).toLatin1();
+    return m_keyStart + QByteArray::number(modem_id);
 }
 
 } // namespace redis

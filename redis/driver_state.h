@@ -7,6 +7,7 @@
 #include "redisclient/redisclient.h"
 
 #include <string>
+#include <vector>
 
 namespace redis {
 
@@ -59,6 +60,7 @@ public:
 
 private:
     device_json<mongo::driver_state_persistent> states();
+    std::vector<int> devices(const QString& first, const QString& second);
     RedisClient::Response send(const QList<QByteArray>& command);
     QByteArray keyOf(int modem_id) const;
 
@@ -67,6 +69,7 @@ private:
     mongo::driver_state_persistent m_persistent;
     QHash<int, QJsonObject> m_states;
     QString m_prefix;
+    QByteArray m_keyStart = ":"; ///< the prefix as it stands in the keys
     int m_db;
 };
 

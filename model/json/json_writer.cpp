@@ -47,6 +47,10 @@ constexpr char shortEscape(char16_t unit) {
     }
 }
 
+constexpr bool isPlain(char16_t unit) {
+    return unit >= 0x20 && unit < 0x80 && unit != '"' && unit != '\\';
+}
+
 char* writeEscape(char* to, char16_t unit) {
     *to++ = '\\';
     if (const char letter = shortEscape(unit)) {
@@ -70,17 +74,60 @@ char* writeUtf8(char* to, char16_t unit) {
     return to;
 }
 
+/// The end of what was written; nothing if there are surrogates.
+char* writeAny(char* to, const QString& text) {
+    for (const QChar character : text) {
+        const char16_t unit = character.unicode();
+        if (isPlain(unit)) {
+            *to++ = static_cast<char>(unit);
+        } else if (unit < 0x80) {
+            to = writeEscape(to, unit);
+        } else if (!character.isSurrogate()) {
+            to = writeUtf8(to, unit);
+        } else {
+            return nullptr;
+        }
+    }
+    return to;
+}
+
+/// The same; nothing unless all are plain, as nearly always.
+char* writePlain(char* to, const QString& text) {
+    bool arePlain = true;
+    for (const QChar character : text) {
+        arePlain &= isPlain(character.unicode());
+        *to++ = static_cast<char>(character.unicode());
+    }
+    return arePlain ? to : nullptr;
+}
+
+char* write(char* to, std::string_view ascii) {
+    std::memcpy(to, ascii.data(), ascii.size());
+    return to + ascii.size();
+}
+
 } // namespace
 
 json_writer::json_writer()
     : m_text(usualSize, Qt::Uninitialized), m_end(m_text.data()), m_limit(m_end + usualSize) {}
 
 bool json_writer::key(const QString& key) {
-    return comma('{') && value(key) && append(':');
+    if (!makeRoom(1)) {
+        return false;
+    }
+    writeComma('{');
+    return value(key) && append(":");
 }
 
 bool json_writer::name(std::string_view name) {
-    return comma('{') && append('"') && append(name) && append("\":");
+    if (!makeRoom(static_cast<int>(name.size()) + 4)) {
+        return false;
+    }
+    writeComma('{');
+    *m_end++ = '"';
+    m_end = write(m_end, name);
+    m_end = write(m_end, "\":");
+    return true;
 }
 
 bool json_writer::value(const QString& text) {
@@ -88,24 +135,16 @@ bool json_writer::value(const QString& text) {
     if (text.size() > maxSize / maxUnitSize || !makeRoom(maxUnitSize * text.size() + 2)) {
         return false;
     }
-    char* to = m_end;
-    *to++ = '"';
-    for (const QChar character : text) {
-        const char16_t unit = character.unicode();
-        if (unit < 0x80) {
-            if (unit >= 0x20 && unit != '"' && unit != '\\') {
-                *to++ = static_cast<char>(unit);
-            } else {
-                to = writeEscape(to, unit);
-            }
-        } else if (!character.isSurrogate()) {
-            to = writeUtf8(to, unit);
-        } else {
-            return false;
-        }
+    *m_end++ = '"';
+    char* end = writePlain(m_end, text);
+    if (!end) {
+        end = writeAny(m_end, text);
     }
-    *to++ = '"';
-    m_end = to;
+    if (!end) {
+        return false;
+    }
+    *end++ = '"';
+    m_end = end;
     return true;
 }
 
@@ -140,8 +179,9 @@ bool json_writer::value(const QJsonObject& object) {
     if (!beginObject()) {
         return false;
     }
-    for (auto member = object.constBegin(); member != object.constEnd(); ++member) {
-        if (!key(member.key()) || !value(QJsonValue(member.value()))) {
+    const auto end = object.constEnd();
+    for (auto member = object.constBegin(); member != end; ++member) {
+        if (!key(member.key()) || !value(member.value())) {
             return false;
         }
     }
@@ -149,15 +189,20 @@ bool json_writer::value(const QJsonObject& object) {
 }
 
 bool json_writer::value(const QJsonArray& array) {
-    if (!append('[')) {
+    if (!append("[")) {
         return false;
     }
-    for (const QJsonValue& element : array) {
-        if (!comma('[') || !value(element)) {
+    const auto end = array.constEnd();
+    for (auto element = array.constBegin(); element != end; ++element) {
+        if (!makeRoom(1)) {
+            return false;
+        }
+        writeComma('[');
+        if (!value(*element)) {
             return false;
         }
     }
-    return append(']');
+    return append("]");
 }
 
 bool json_writer::value(const QJsonValue& json) {
@@ -186,32 +231,22 @@ QByteArray json_writer::take() {
     return std::exchange(m_text, QByteArray());
 }
 
-bool json_writer::append(char c) {
-    if (!makeRoom(1)) {
-        return false;
-    }
-    *m_end++ = c;
-    return true;
-}
-
 bool json_writer::append(std::string_view ascii) {
     if (!makeRoom(static_cast<int>(ascii.size()))) {
         return false;
     }
-    std::memcpy(m_end, ascii.data(), ascii.size());
-    m_end += ascii.size();
+    m_end = write(m_end, ascii);
     return true;
 }
 
-/// A text in quotes does not end with an opening bracket.
-bool json_writer::comma(char opening) {
-    return m_end[-1] == opening || append(',');
+/// Unless it is the first one after the bracket; a text does not end with that but with its quote.
+void json_writer::writeComma(char bracket) {
+    if (m_end[-1] != bracket) {
+        *m_end++ = ',';
+    }
 }
 
-bool json_writer::makeRoom(int size) {
-    if (m_limit - m_end >= size) {
-        return true;
-    }
+bool json_writer::grow(int size) {
     const auto used = static_cast<int>(m_end - m_text.constData());
     if (size > maxSize - used) {
         return false;

@@ -16,8 +16,8 @@ class json_writer {
 public:
     json_writer();
 
-    bool beginObject() { return append('{'); }
-    bool endObject() { return append('}'); }
+    bool beginObject() { return append("{"); }
+    bool endObject() { return append("}"); }
     /// What the next member is called; with the comma, if it is not the first of its object.
     bool key(const QString& key);
     /// The same, for ASCII that needs no escapes.
@@ -35,10 +35,10 @@ public:
     QByteArray take();
 
 private:
-    bool append(char c);
     bool append(std::string_view ascii);
-    bool comma(char opening);
-    bool makeRoom(int size);
+    void writeComma(char bracket);
+    bool makeRoom(int size) { return m_limit - m_end >= size || grow(size); }
+    bool grow(int size);
 
     QByteArray m_text; ///< filled up to m_end
     char* m_end;

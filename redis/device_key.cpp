@@ -1,0 +1,44 @@
+#include "redis/device_key.h"
+
+#include "redis/text.h"
+
+#include <QStringList>
+
+#include <optional>
+
+namespace redis {
+
+namespace {
+
+std::optional<int> ordinaryDeviceOf(const QByteArray& key) {
+    constexpr int maxDigits = 9;
+    const int colon = key.lastIndexOf(':');
+    const int digits = key.size() - colon - 1;
+    // After anything but ASCII, a decoder might take the colon for a part of that.
+    const bool isSeparator = colon > 0 && static_cast<unsigned char>(key[colon - 1]) < 0x80;
+    if (!isSeparator || digits < 1 || digits > maxDigits || key.contains('\0')) {
+        return std::nullopt;
+    }
+    int device = 0;
+    for (int at = colon + 1; at < key.size(); ++at) {
+        const char digit = key[at];
+        if (digit < '0' || digit > '9') {
+            return std::nullopt;
+        }
+        device = 10 * device + (digit - '0');
+    }
+    return device;
+}
+
+} // namespace
+
+int plainDeviceOf(const QByteArray& key) {
+    return untilZero(key).split(QLatin1Char(':')).last().toInt();
+}
+
+int deviceOf(const QByteArray& key) {
+    const auto device = ordinaryDeviceOf(key);
+    return device ? *device : plainDeviceOf(key);
+}
+
+} // namespace redis

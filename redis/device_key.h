@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QByteArray>
+
+namespace redis {
+
+/// The number after the last colon of a key, as Qt reads it in the text up to the first zero byte;
+/// 0 if it is none.
+int plainDeviceOf(const QByteArray& key);
+
+/// The same. Ordinary keys directly: no zero byte, and an ASCII character, the colon and up to nine
+/// digits at the end.
+int deviceOf(const QByteArray& key);
+
+} // namespace redis
