@@ -6,6 +6,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+class json_writer;
+
 /// The compact JSON text of an object, and of a record without the object in between. Pure
 /// functions.
 namespace model_convertors {
@@ -18,8 +20,11 @@ inline QByteArray plainJson(const QJsonObject& object) {
 /// Ordinary objects (json_writer.h) directly, all others as above.
 QByteArray compactJson(const QJsonObject& object);
 
-/// That of toJson(queues). Ordinary records directly: no queue and no element twice under one
-/// name, and no element named like a setting.
+/// That of toJson(queues), directly if the record is ordinary.
 QByteArray compactJson(const model::dl_queues& queues);
+
+/// Writes that text. False, and what was written is of no use, unless the record is ordinary: its
+/// parts are, no queue and no element has the name of another, and no element that of a setting.
+bool writeOrdinary(json_writer& json, const model::dl_queues& queues);
 
 } // namespace model_convertors

@@ -101,7 +101,7 @@ bool hasKeyTwice(const QMap<QString, Value>& map) {
     return std::adjacent_find(map.keyBegin(), map.keyEnd()) != map.keyEnd();
 }
 
-bool writeDirectly(json_writer& json, const model::dl_queues::element& element) {
+bool writeOrdinary(json_writer& json, const model::dl_queues::element& element) {
     return json.beginObject() && json.name("data") && json.value(element.data) &&
            json.name("db_id") && json.value(element.db_id) && json.name("repeat") &&
            json.value(element.repeat) && json.name("status") &&
@@ -109,12 +109,12 @@ bool writeDirectly(json_writer& json, const model::dl_queues::element& element) 
            json.endObject();
 }
 
-bool writeDirectly(json_writer& json, const model::dl_queues::queue& queue) {
+bool writeOrdinary(json_writer& json, const model::dl_queues::queue& queue) {
     auto element = queue.elements.constBegin();
     const auto end = queue.elements.constEnd();
     const auto setting = [&](std::string_view name, const auto& value) {
         for (; element != end && element.key() < jsonKey(name); ++element) {
-            if (!json.key(element.key()) || !writeDirectly(json, element.value())) {
+            if (!json.key(element.key()) || !writeOrdinary(json, element.value())) {
                 return false;
             }
         }
@@ -127,24 +127,11 @@ bool writeDirectly(json_writer& json, const model::dl_queues::queue& queue) {
         return false;
     }
     for (; element != end; ++element) {
-        if (!json.key(element.key()) || !writeDirectly(json, element.value())) {
+        if (!json.key(element.key()) || !writeOrdinary(json, element.value())) {
             return false;
         }
     }
     return json.endObject();
-}
-
-bool writeDirectly(json_writer& json, const model::dl_queues& queues) {
-    if (hasKeyTwice(queues.dl) || !json.beginObject() || !json.name("dl") || !json.beginObject()) {
-        return false;
-    }
-    for (auto queue = queues.dl.constBegin(); queue != queues.dl.constEnd(); ++queue) {
-        if (!json.key(queue.key()) || !writeDirectly(json, queue.value())) {
-            return false;
-        }
-    }
-    return json.endObject() && json.name("lock") && json.value(queues.lock) &&
-           json.name("status") && json.value(nameOf(queues.status)) && json.endObject();
 }
 
 } // namespace
@@ -174,9 +161,22 @@ QJsonObject toJson(const model::dl_queues& queues) {
     });
 }
 
+bool writeOrdinary(json_writer& json, const model::dl_queues& queues) {
+    if (hasKeyTwice(queues.dl) || !json.beginObject() || !json.name("dl") || !json.beginObject()) {
+        return false;
+    }
+    for (auto queue = queues.dl.constBegin(); queue != queues.dl.constEnd(); ++queue) {
+        if (!json.key(queue.key()) || !writeOrdinary(json, queue.value())) {
+            return false;
+        }
+    }
+    return json.endObject() && json.name("lock") && json.value(queues.lock) &&
+           json.name("status") && json.value(nameOf(queues.status)) && json.endObject();
+}
+
 QByteArray compactJson(const model::dl_queues& queues) {
     json_writer json;
-    return writeDirectly(json, queues) ? json.take() : plainJson(toJson(queues));
+    return writeOrdinary(json, queues) ? json.take() : plainJson(toJson(queues));
 }
 
 } // namespace model_convertors
