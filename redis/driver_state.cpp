@@ -6,6 +6,7 @@
 #include "redis/device_key.h"
 #include "redis/text.h"
 
+#include <algorithm>
 #include <type_traits>
 
 namespace redis {
@@ -31,6 +32,11 @@ QJsonValue toJsonValue(const std::variant<int, double, QByteArray>& value) {
             }
         },
         value);
+}
+
+/// Of a device's number, or of what an overridden GetIDs() has instead.
+QByteArray textOf(const QVariant& id) {
+    return id.type() == QVariant::Int ? QByteArray::number(id.toInt()) : id.toString().toUtf8();
 }
 
 } // namespace
@@ -112,10 +118,20 @@ QJsonObject DriverStateRedis::GetAll(int modem_id) {
 }
 
 QList<QVariant> DriverStateRedis::GetIDs(const QString& first, const QString& second) {
+    const QByteArray pattern = (second + QLatin1Char(':') + first + QLatin1String(":*")).toLatin1();
     QList<QVariant> ids;
-    for (const int device : devices(first, second)) {
-        ids.append(device);
-    }
+    int cursor = 0;
+    do {
+        const QVariantList reply =
+            send({"SCAN", QByteArray::number(cursor), "MATCH", pattern, "COUNT", "1000"})
+                .getValue()
+                .toList();
+        cursor = reply.value(0).toByteArray().toInt();
+        const QVariantList keys = reply.value(1).toList();
+        for (const QVariant& key : keys) {
+            ids.append(deviceOf(key.toByteArray()));
+        }
+    } while (cursor != 0);
     return ids;
 }
 
@@ -130,21 +146,21 @@ bool DriverStateRedis::DeleteDevices(const QList<int>& modem_ids, const QDateTim
 std::shared_ptr<QHash<int, QJsonObject>> DriverStateRedis::GetAllStates(const QString& first,
                                                                         const QString& second) {
     auto found = std::make_shared<QHash<int, QJsonObject>>();
-    const std::vector<int> ids = devices(first, second);
+    const QList<QVariant> ids = GetIDs(first, second);
     const QByteArray start = (second + QLatin1Char(':') + first + QLatin1Char(':')).toUtf8();
     QList<QByteArray> command{"MGET"};
-    command.reserve(static_cast<int>(ids.size()) + 1);
-    for (const int device : ids) {
-        command.append(start + QByteArray::number(device));
+    command.reserve(ids.size() + 1);
+    for (const QVariant& id : ids) {
+        command.append(start + textOf(id));
     }
     // Sent without keys too; the server's complaint then gives no states.
     const QVariantList replies = send(command).getValue().toList();
-    found->reserve(replies.size());
-    auto device = ids.begin();
-    for (auto reply = replies.begin(); reply != replies.end() && device != ids.end();
-         ++reply, ++device) {
-        if (reply->type() == QVariant::ByteArray) {
-            found->insert(*device, objectOf(reply->toByteArray()));
+    const int size = std::min(ids.size(), replies.size());
+    found->reserve(size);
+    for (int i = 0; i < size; ++i) {
+        const QVariant& reply = replies[i];
+        if (reply.type() == QVariant::ByteArray) {
+            found->insert(ids[i].toInt(), objectOf(reply.toByteArray()));
         }
     }
     return found;
@@ -156,25 +172,6 @@ interfaces::IDriverDLqueue* DriverStateRedis::DLqueue() {
 
 device_json<mongo::driver_state_persistent> DriverStateRedis::states() {
     return {m_connection, m_db, m_persistent};
-}
-
-/// Those of the keys that begin with the two parts, in the order of the scan.
-std::vector<int> DriverStateRedis::devices(const QString& first, const QString& second) {
-    const QByteArray pattern = (second + QLatin1Char(':') + first + QLatin1String(":*")).toLatin1();
-    std::vector<int> devices;
-    int cursor = 0;
-    do {
-        const QVariantList reply =
-            send({"SCAN", QByteArray::number(cursor), "MATCH", pattern, "COUNT", "1000"})
-                .getValue()
-                .toList();
-        cursor = reply.value(0).toByteArray().toInt();
-        const QVariantList keys = reply.value(1).toList();
-        for (const QVariant& key : keys) {
-            devices.push_back(deviceOf(key.toByteArray()));
-        }
-    } while (cursor != 0);
-    return devices;
 }
 
 RedisClient::Response DriverStateRedis::send(const QList<QByteArray>& command) {

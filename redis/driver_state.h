@@ -7,7 +7,6 @@
 #include "redisclient/redisclient.h"
 
 #include <string>
-#include <vector>
 
 namespace redis {
 
@@ -60,7 +59,6 @@ public:
 
 private:
     device_json<mongo::driver_state_persistent> states();
-    std::vector<int> devices(const QString& first, const QString& second);
     RedisClient::Response send(const QList<QByteArray>& command);
     QByteArray keyOf(int modem_id) const;
 
