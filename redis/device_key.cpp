@@ -4,6 +4,9 @@
 
 #include <QStringList>
 
+#include <array>
+#include <charconv>
+#include <limits>
 #include <optional>
 
 namespace redis {
@@ -31,6 +34,15 @@ std::optional<int> ordinaryDeviceOf(const QByteArray& key) {
 }
 
 } // namespace
+
+QByteArray deviceKey(const QByteArray& start, int device) {
+    std::array<char, std::numeric_limits<int>::digits10 + 2> digits{};
+    char* const end = std::to_chars(digits.begin(), digits.end(), device).ptr;
+    const auto size = static_cast<int>(end - digits.begin());
+    QByteArray key;
+    key.reserve(start.size() + size);
+    return key.append(start).append(digits.data(), size);
+}
 
 int plainDeviceOf(const QByteArray& key) {
     return untilZero(key).split(QLatin1Char(':')).last().toInt();

@@ -34,9 +34,10 @@ QJsonValue toJsonValue(const std::variant<int, double, QByteArray>& value) {
         value);
 }
 
-/// Of a device's number, or of what an overridden GetIDs() has instead.
-QByteArray textOf(const QVariant& id) {
-    return id.type() == QVariant::Int ? QByteArray::number(id.toInt()) : id.toString().toUtf8();
+/// `id` is a device's number, or what an overridden GetIDs() has instead.
+QByteArray listedKey(const QByteArray& start, const QVariant& id) {
+    return id.type() == QVariant::Int ? deviceKey(start, id.toInt())
+                                      : QByteArray(start + id.toString().toUtf8());
 }
 
 } // namespace
@@ -151,7 +152,7 @@ std::shared_ptr<QHash<int, QJsonObject>> DriverStateRedis::GetAllStates(const QS
     QList<QByteArray> command{"MGET"};
     command.reserve(ids.size() + 1);
     for (const QVariant& id : ids) {
-        command.append(start + textOf(id));
+        command.append(listedKey(start, id));
     }
     // Sent without keys too; the server's complaint then gives no states.
     const QVariantList replies = send(command).getValue().toList();
@@ -179,7 +180,7 @@ RedisClient::Response DriverStateRedis::send(const QList<QByteArray>& command) {
 }
 
 QByteArray DriverStateRedis::keyOf(int modem_id) const {
-    return m_keyStart + QByteArray::number(modem_id);
+    return deviceKey(m_keyStart, modem_id);
 }
 
 } // namespace redis

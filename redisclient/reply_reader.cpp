@@ -108,7 +108,8 @@ struct ReplyReader::Callbacks {
             if (task.parent) {
                 auto* const parent = static_cast<QVariant*>(task.parent->obj);
                 auto& list = *static_cast<QVariantList*>(parent->data());
-                list.append(QVariant(make()));
+                list.append(QVariant());
+                list.last() = make();
                 return &list.last();
             }
             ReplyReader& self = reader(task);

@@ -7,10 +7,13 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <random>
+#include <string>
 
 namespace {
 
+using redis::deviceKey;
 using redis::deviceOf;
 using redis::plainDeviceOf;
 
@@ -43,7 +46,8 @@ TEST(DeviceOfAKey, IsWhatQtReadsInItsText) {
     std::uint32_t numbers = 0;
     for (std::uint32_t seed = firstSeed(); seed < firstSeed() + keys; ++seed) {
         const QByteArray key = randomKey(seed);
-        ASSERT_EQ(deviceOf(key), plainDeviceOf(key)) << "seed " << seed << ": " << key.toHex(' ').toStdString();
+        ASSERT_EQ(deviceOf(key), plainDeviceOf(key))
+            << "seed " << seed << ": " << key.toHex(' ').toStdString();
         numbers += deviceOf(key) != 0 ? 1 : 0;
     }
     EXPECT_GT(numbers, keys / 4) << "hardly anything was compared";
@@ -58,6 +62,15 @@ TEST(DeviceOfAKey, IsTheNumberAfterTheLastColon) {
     EXPECT_EQ(deviceOf("5"), 5);
     EXPECT_EQ(deviceOf(""), 0);
     EXPECT_EQ(deviceOf(QByteArray("a:7\0:9", 6)), 7);
+}
+
+TEST(KeyOfADevice, EndsWithItsNumber) {
+    for (const int device :
+         {0, 7, -4, 1'000'000, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+        const QByteArray key = deviceKey("a:", device);
+        EXPECT_EQ(key.toStdString(), "a:" + std::to_string(device));
+        EXPECT_EQ(deviceOf(key), device);
+    }
 }
 
 } // namespace
