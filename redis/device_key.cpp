@@ -17,9 +17,7 @@ std::optional<int> ordinaryDeviceOf(const QByteArray& key) {
     constexpr int maxDigits = 9;
     const int colon = key.lastIndexOf(':');
     const int digits = key.size() - colon - 1;
-    // After anything but ASCII, a decoder might take the colon for a part of that.
-    const bool isSeparator = colon > 0 && static_cast<unsigned char>(key[colon - 1]) < 0x80;
-    if (!isSeparator || digits < 1 || digits > maxDigits || key.contains('\0')) {
+    if (digits < 1 || digits > maxDigits || key.contains('\0')) {
         return std::nullopt;
     }
     int device = 0;

@@ -11,8 +11,7 @@ QByteArray deviceKey(const QByteArray& start, int device);
 /// 0 if it is none.
 int plainDeviceOf(const QByteArray& key);
 
-/// The same. Ordinary keys directly: no zero byte, and an ASCII character, the colon and up to nine
-/// digits at the end.
+/// The same; directly, if the key is ordinary: no zero byte, and up to nine digits at the end.
 int deviceOf(const QByteArray& key);
 
 } // namespace redis

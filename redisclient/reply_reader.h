@@ -31,6 +31,7 @@ public:
 class ReplyReader {
 public:
     ReplyReader();
+    ~ReplyReader() = default;
     ReplyReader(const ReplyReader&) = delete;
     ReplyReader& operator=(const ReplyReader&) = delete;
 

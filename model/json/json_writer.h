@@ -29,7 +29,7 @@ public:
     bool value(bool flag);
     bool value(const QJsonObject& object);
     bool value(const QJsonArray& array);
-    bool value(const QJsonValue& value);
+    bool value(const QJsonValue& json);
 
     /// What has been written; afterwards there is nothing.
     QByteArray take();

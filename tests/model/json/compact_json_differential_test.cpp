@@ -272,6 +272,17 @@ TEST(CompactJson, OfRandomQueuesIsThatOfTheirObject) {
     EXPECT_LT(ordinary, documents - documents / 4) << "hardly anything is out of the ordinary";
 }
 
+TEST(CompactJson, OfEveryKindOfValueIsWrittenDirectly) {
+    for (const QJsonValue& value :
+         {QJsonValue{QJsonValue::Null}, QJsonValue{true}, QJsonValue{false}, QJsonValue{7},
+          QJsonValue{-2.5}, QJsonValue{"text"_q}, QJsonValue{QString()}, QJsonValue{QJsonArray{}},
+          QJsonValue{QJsonArray{1, "x"_q}}, QJsonValue{QJsonObject{}}}) {
+        const QJsonObject object{{"v"_q, value}};
+        EXPECT_TRUE(isOrdinary(object)) << plainJson(object).toStdString();
+        EXPECT_EQ(compactJson(object), plainJson(object));
+    }
+}
+
 TEST(CompactJson, OfEveryCharacterIsThatOfQt) {
     for (std::uint32_t unit = 0; unit <= 0xFFFF; ++unit) {
         const QString text{QChar(unit)};
