@@ -34,21 +34,24 @@ struct device_json {
 
     /// The durable copy if Redis answers with anything but a text.
     QJsonObject pull(const QByteArray& key, int modem_id) {
-        const QVariant reply = connection.commandSync({"GET", key}, db).getValue();
+        const QVariant reply =
+            connection.commandSync({QByteArrayLiteral("GET"), key}, db).getValue();
         return reply.type() == QVariant::ByteArray ? objectOf(reply.toByteArray())
                                                    : durable.Get(modem_id);
     }
 
-    void push(const QByteArray& key, int modem_id, const QJsonObject& json, bool persist) {
-        connection.commandSync({"SET", key, QJsonDocument{json}.toJson(QJsonDocument::Compact)},
-                               db);
+    /// `json` is the text of `object()`, which is asked for only if it is to be durable.
+    template <typename Object>
+    void push(const QByteArray& key, int modem_id, const QByteArray& json, bool persist,
+              const Object& object) {
+        connection.commandSync({QByteArrayLiteral("SET"), key, json}, db);
         if (persist) {
-            durable.Save(modem_id, json);
+            durable.Save(modem_id, object());
         }
     }
 
     void remove(const QByteArray& key, int modem_id) {
-        connection.commandSync({"DEL", key}, db);
+        connection.commandSync({QByteArrayLiteral("DEL"), key}, db);
         durable.Delete(modem_id);
     }
 };

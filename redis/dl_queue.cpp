@@ -1,5 +1,6 @@
 #include "redis/dl_queue.h"
 
+#include "model/json/compact_json.h"
 #include "model/model_convertors.h"
 #include "redis/device_json.h"
 
@@ -24,7 +25,8 @@ model::dl_queues dl_queue::Pull(int modem_id) {
 }
 
 bool dl_queue::Push(int modem_id, const model::dl_queues& record, bool persist) {
-    queues().push(keyOf(modem_id), modem_id, model_convertors::toJson(record), persist);
+    queues().push(keyOf(modem_id), modem_id, model_convertors::compactJson(record), persist,
+                  [&] { return model_convertors::toJson(record); });
     return true;
 }
 

@@ -1,10 +1,12 @@
 #include "redis/driver_state.h"
 
+#include "model/json/compact_json.h"
 #include "model/json/json_variant.h"
 #include "redis/device_json.h"
+#include "redis/device_key.h"
+#include "redis/text.h"
 
-#include <QStringList>
-
+#include <algorithm>
 #include <type_traits>
 
 namespace redis {
@@ -16,11 +18,6 @@ class valueless_state : public std::bad_variant_access {
 public:
     const char* what() const noexcept override { return "Unexpected index"; }
 };
-
-// Text up to the first zero byte.
-QString untilZero(const QByteArray& utf8) {
-    return QString::fromUtf8(utf8.constData());
-}
 
 QJsonValue toJsonValue(const std::variant<int, double, QByteArray>& value) {
     if (value.valueless_by_exception()) {
@@ -37,6 +34,12 @@ QJsonValue toJsonValue(const std::variant<int, double, QByteArray>& value) {
         value);
 }
 
+/// `id` is a device's number, or what an overridden GetIDs() has instead.
+QByteArray listedKey(const QByteArray& start, const QVariant& id) {
+    return id.type() == QVariant::Int ? deviceKey(start, id.toInt())
+                                      : QByteArray(start + id.toString().toUtf8());
+}
+
 } // namespace
 
 DriverStateRedis::DriverStateRedis(const redis_conf& conf, const std::string& mongoUrl)
@@ -47,6 +50,7 @@ DriverStateRedis::DriverStateRedis(const redis_conf& conf, const std::string& mo
 
 void DriverStateRedis::SetPrefix(const QString& prefix) {
     m_prefix = prefix;
+    m_keyStart = (prefix + QLatin1Char(':')).toLatin1();
 }
 
 const QString& DriverStateRedis::GetPrefix() {
@@ -59,7 +63,9 @@ bool DriverStateRedis::Pull(int modem_id) {
 }
 
 bool DriverStateRedis::Push(int modem_id, bool persist) {
-    states().push(keyOf(modem_id), modem_id, m_states[modem_id], persist);
+    const QJsonObject& state = m_states[modem_id];
+    states().push(keyOf(modem_id), modem_id, model_convertors::compactJson(state), persist,
+                  [&] { return state; });
     return true;
 }
 
@@ -124,7 +130,7 @@ QList<QVariant> DriverStateRedis::GetIDs(const QString& first, const QString& se
         cursor = reply.value(0).toByteArray().toInt();
         const QVariantList keys = reply.value(1).toList();
         for (const QVariant& key : keys) {
-            ids.append(untilZero(key.toByteArray()).split(QLatin1Char(':')).last().toInt());
+            ids.append(deviceOf(key.toByteArray()));
         }
     } while (cursor != 0);
     return ids;
@@ -142,14 +148,18 @@ std::shared_ptr<QHash<int, QJsonObject>> DriverStateRedis::GetAllStates(const QS
                                                                         const QString& second) {
     auto found = std::make_shared<QHash<int, QJsonObject>>();
     const QList<QVariant> ids = GetIDs(first, second);
+    const QByteArray start = (second + QLatin1Char(':') + first + QLatin1Char(':')).toUtf8();
     QList<QByteArray> command{"MGET"};
+    command.reserve(ids.size() + 1);
     for (const QVariant& id : ids) {
-        command.append(QStringLiteral("%1:%2:%3").arg(second, first, id.toString()).toUtf8());
+        command.append(listedKey(start, id));
     }
     // Sent without keys too; the server's complaint then gives no states.
     const QVariantList replies = send(command).getValue().toList();
-    for (int i = 0; i < ids.size(); ++i) {
-        const QVariant reply = replies.value(i);
+    const int size = std::min(ids.size(), replies.size());
+    found->reserve(size);
+    for (int i = 0; i < size; ++i) {
+        const QVariant& reply = replies[i];
         if (reply.type() == QVariant::ByteArray) {
             found->insert(ids[i].toInt(), objectOf(reply.toByteArray()));
         }
@@ -170,7 +180,7 @@ RedisClient::Response DriverStateRedis::send(const QList<QByteArray>& command) {
 }
 
 QByteArray DriverStateRedis::keyOf(int modem_id) const {
-    return (m_prefix + QLatin1Char(':') + QString::number(modem_id)).toLatin1();
+    return deviceKey(m_keyStart, modem_id);
 }
 
 } // namespace redis

@@ -67,6 +67,7 @@ private:
     mongo::driver_state_persistent m_persistent;
     QHash<int, QJsonObject> m_states;
     QString m_prefix;
+    QByteArray m_keyStart = ":"; ///< the prefix as it stands in the keys
     int m_db;
 };
 

@@ -3,12 +3,7 @@
 #include "redisclient/connection_config.h"
 
 #include <QVariant>
-#include <QVariantList>
 
-extern "C" {
-#include <hiredis/sds.h> // does not say itself that it is C
-}
-#include <hiredis/hiredis.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -17,56 +12,17 @@ extern "C" {
 #include <cerrno>
 #include <charconv>
 #include <chrono>
+#include <cstddef>
 #include <cstring>
-#include <new>
-#include <vector>
+#include <string_view>
+#include <utility>
 
 namespace RedisClient {
 
 namespace {
 
-/// Twice the largest value that a server stores by default (512 MiB). Far below what QByteArray can
-/// hold.
-constexpr std::size_t maxReplyBytes = std::size_t{1} << 30;
-/// An element costs up to some 200 bytes here, but only four on the wire.
-constexpr std::size_t maxReplyElements = std::size_t{1} << 24;
-/// Replies are converted and freed recursively.
-constexpr int maxReplyDepth = 128;
-
-struct ReplyDeleter {
-    void operator()(redisReply* reply) const noexcept { ::freeReplyObject(reply); }
-};
-using Reply = std::unique_ptr<redisReply, ReplyDeleter>;
-
-QByteArray bytes(const redisReply& reply) {
-    return {reply.str, static_cast<int>(reply.len)};
-}
-
-Response toResponse(const redisReply& reply) {
-    switch (reply.type) {
-    case REDIS_REPLY_STATUS:
-        return {Response::Status, bytes(reply)};
-    case REDIS_REPLY_ERROR:
-        return Response::error(bytes(reply));
-    case REDIS_REPLY_INTEGER:
-        return {Response::Integer, static_cast<qlonglong>(reply.integer)};
-    case REDIS_REPLY_STRING:
-        return {Response::Bulk, bytes(reply)};
-    case REDIS_REPLY_NIL:
-        return {Response::Nil, QVariant()};
-    case REDIS_REPLY_ARRAY: {
-        QVariantList list;
-        list.reserve(static_cast<int>(reply.elements));
-        std::for_each_n(reply.element, reply.elements, [&list](const redisReply* element) {
-            list.append(toResponse(*element).getValue());
-        });
-        return {Response::MultiBulk, list};
-    }
-    default:
-        throw SessionError(SessionError::Kind::answerLost,
-                           "the answer is in a version of the protocol that was not asked for");
-    }
-}
+/// A command's buffer is kept for the next one up to that size.
+constexpr std::size_t maxKeptBytes = std::size_t{64} << 10;
 
 bool isError(const Response& response, const char* code) {
     return response.isErrorMessage() && response.errorMessage().split(' ').first() == code;
@@ -99,67 +55,25 @@ std::string refusalText(const Response& response) {
                                      : "the answer is not that of a Redis server";
 }
 
-/// Left alone, hiredis lets the buffer grow by a mebibyte at a time; wherever realloc() cannot just
-/// remap, a large answer would be copied hundreds of times. False without memory.
-bool makeRoom(redisReader& reader, std::size_t incoming) noexcept {
-    if (::sdsavail(reader.buf) >= incoming) {
-        return true;
-    }
-    char* const grown = ::sdsMakeRoomFor(reader.buf, std::max(incoming, ::sdslen(reader.buf)));
-    if (!grown) {
-        return false;
-    }
-    reader.buf = grown;
-    return true;
-}
+constexpr std::string_view lineEnd = "\r\n";
+/// At the most.
+constexpr std::size_t headSize = 16;
 
-/// Left alone, hiredis keeps a large buffer until the next answer.
-void releaseRoom(redisReader& reader) noexcept {
-    if (::sdsavail(reader.buf) > reader.maxbuf) {
-        if (char* const shrunk = ::sdsRemoveFreeSpace(reader.buf)) {
-            reader.buf = shrunk;
-        }
-    }
+/// The line before a command or a part of it: what comes, and how many of it.
+void appendHead(std::string& command, char kind, int count) {
+    std::array<char, headSize> head{kind};
+    char* const end = std::to_chars(head.data() + 1, head.data() + head.size(), count).ptr;
+    command.append(head.data(), end).append(lineEnd);
 }
 
 } // namespace
 
-void Session::ContextDeleter::operator()(redisContext* context) const noexcept {
-    ::redisFree(context);
-}
-
 Session::Session(const ConnectionConfig& config) {
     const AddressList addresses = resolve(config.host(), config.port());
     const auto deadline = Clock::now() + std::chrono::milliseconds(config.connectTimeoutMsecs());
-    TcpSocket socket = connectTcp(addresses, deadline);
-    m_context.reset(::redisConnectFd(socket.fd()));
-    if (!m_context) {
-        throw std::bad_alloc();
-    }
-    socket.release(); // redisFree() closes it
-
-    static const redisContextFuncs functions = [defaults = *m_context->funcs]() mutable {
-        defaults.write = &Session::send;
-        defaults.read = &Session::receive;
-        return defaults;
-    }();
-    static redisReplyObjectFunctions replyFunctions = [defaults =
-                                                           *m_context->reader->fn]() mutable {
-        defaults.createArray = &Session::createArray;
-        return defaults;
-    }();
-    m_createArray = m_context->reader->fn->createArray;
-    m_context->funcs = &functions;
-    m_context->privdata = this;
-    m_context->reader->fn = &replyFunctions;
-    m_context->reader->privdata = this;
-    ::redisSetPushCallback(m_context.get(),
-                           nullptr); // which would pass over what was not asked for
-
+    m_socket = connectTcp(addresses, deadline);
     introduce(config, deadline);
 }
-
-Session::~Session() = default;
 
 void Session::introduce(const ConnectionConfig& config, Clock::time_point deadline) {
     const auto say = [&](const QList<QByteArray>& parts) {
@@ -184,15 +98,11 @@ void Session::introduce(const ConnectionConfig& config, Clock::time_point deadli
     }
 }
 
-bool Session::hasUnreadAnswer() const noexcept {
-    return m_context->reader->pos != m_context->reader->len;
-}
-
 bool Session::isUsable() const noexcept {
-    if (hasUnreadAnswer()) {
+    if (m_answers.hasUnread()) {
         return false;
     }
-    pollfd watched{.fd = m_context->fd, .events = POLLIN, .revents = 0};
+    pollfd watched{.fd = m_socket.fd(), .events = POLLIN, .revents = 0};
     int count = 0;
     do {
         count = ::poll(&watched, 1, 0);
@@ -201,34 +111,11 @@ bool Session::isUsable() const noexcept {
 }
 
 Response Session::roundTrip(const QList<QByteArray>& parts, Clock::time_point deadline) {
-    if (hasUnreadAnswer()) {
+    if (m_answers.hasUnread()) {
         throw SessionError(SessionError::Kind::notWritten, "the server sent something unasked");
     }
-    std::vector<const char*> starts;
-    std::vector<std::size_t> sizes;
-    starts.reserve(static_cast<std::size_t>(parts.size()));
-    sizes.reserve(static_cast<std::size_t>(parts.size()));
-    for (const QByteArray& part : parts) {
-        starts.push_back(part.constData());
-        sizes.push_back(static_cast<std::size_t>(part.size()));
-    }
-    m_deadline = deadline;
-    m_written = false;
-    m_receivedBytes = 0;
-    m_receivedElements = 0;
-
-    if (::redisAppendCommandArgv(m_context.get(), parts.size(), starts.data(), sizes.data()) !=
-        REDIS_OK) {
-        throw failure();
-    }
-    void* raw = nullptr;
-    const int status = ::redisGetReply(m_context.get(), &raw);
-    const Reply reply(static_cast<redisReply*>(raw));
-    if (status != REDIS_OK || !reply) {
-        throw failure();
-    }
-    releaseRoom(*m_context->reader);
-    Response response = toResponse(*reply);
+    send(parts, deadline);
+    Response response = receive(deadline);
     if (doesNotServeNow(response)) {
         throw SessionError(SessionError::Kind::refused, response.errorMessage().toStdString());
     }
@@ -269,109 +156,79 @@ void Session::trackDatabase(const QList<QByteArray>& parts, const Response& resp
     }
 }
 
-ssize_t Session::send(redisContext* context) {
-    auto& self = *static_cast<Session*>(context->privdata);
-    const std::size_t size = ::sdslen(context->obuf);
-    std::size_t sent = 0;
-    // All at once: hiredis would move the rest of its buffer after every partial write.
-    while (sent < size) {
-        const ssize_t count = ::send(context->fd, context->obuf + sent, size - sent, MSG_NOSIGNAL);
+void Session::send(const QList<QByteArray>& parts, Clock::time_point deadline) {
+    format(parts);
+    for (std::size_t sent = 0; sent < m_command.size();) {
+        const ssize_t count = ::send(m_socket.fd(), m_command.data() + sent,
+                                     m_command.size() - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count >= 0) {
             sent += static_cast<std::size_t>(count);
-            self.m_written = true;
-        } else if (errno == EAGAIN) {
-            switch (waitUntilReady(context->fd, POLLOUT, self.m_deadline)) {
-            case Readiness::ready:
-                break;
-            case Readiness::timedOut:
-                return self.fail(REDIS_ERR_TIMEOUT, "timed out while sending");
-            case Readiness::failed:
-                return self.fail(REDIS_ERR_IO, std::strerror(errno));
-            }
-        } else if (errno != EINTR) {
-            return self.fail(REDIS_ERR_IO, std::strerror(errno));
+        } else if (!waitFor(POLLOUT, deadline, "timed out while sending")) {
+            throw SessionError(sent == 0 ? SessionError::Kind::notWritten
+                                         : SessionError::Kind::answerLost,
+                               std::strerror(errno));
         }
     }
-    return static_cast<ssize_t>(sent);
+    if (m_command.capacity() > maxKeptBytes) {
+        m_command = std::string();
+    }
 }
 
-/// How long the answer is, as far as that is known: what has come of it, and if hiredis is waiting
-/// for the rest of a text, that text to its end. Its length stands at the reader's position then.
-std::size_t Session::answerBytes() const noexcept {
-    const redisReader& reader = *m_context->reader;
-    if (reader.ridx < 0 || reader.task[reader.ridx]->type != REDIS_REPLY_STRING) {
-        return m_receivedBytes;
+/// The bytes that are sent, in the buffer that is kept for them.
+void Session::format(const QList<QByteArray>& parts) {
+    std::size_t size = headSize;
+    for (const QByteArray& part : parts) {
+        size += headSize + static_cast<std::size_t>(part.size()) + lineEnd.size();
     }
-    std::size_t length = 0; // stays so if there is no number yet, or one that hiredis refuses
-    std::from_chars(reader.buf + reader.pos, reader.buf + reader.len, length);
-    return std::max(m_receivedBytes, m_receivedBytes - (reader.len - reader.pos) + length);
+    m_command.clear();
+    m_command.reserve(size);
+    appendHead(m_command, '*', parts.size());
+    for (const QByteArray& part : parts) {
+        appendHead(m_command, '$', part.size());
+        m_command.append(part.constData(), static_cast<std::size_t>(part.size())).append(lineEnd);
+    }
 }
 
-ssize_t Session::receive(redisContext* context, char* buffer, std::size_t capacity) {
-    auto& self = *static_cast<Session*>(context->privdata);
-    if (self.answerBytes() > maxReplyBytes) {
-        return self.fail(REDIS_ERR_OTHER, "the answer is longer than 1 GiB");
-    }
-    for (;;) {
-        const ssize_t count = ::recv(context->fd, buffer, capacity, 0);
-        const int error = errno;
+Response Session::receive(Clock::time_point deadline) {
+    // Nearly always the answer comes soon and all at once, and the socket itself waits for that.
+    const bool mayWait = deadline - Clock::now() > 2 * TcpSocket::patience;
+    for (int flags = mayWait ? 0 : MSG_DONTWAIT;; flags = MSG_DONTWAIT) {
+        const ssize_t count = ::recv(m_socket.fd(), m_received.data(), m_received.size(), flags);
         if (count == 0) {
-            return self.fail(REDIS_ERR_EOF, "the server closed the connection");
+            throw SessionError(SessionError::Kind::answerLost, "the server closed the connection");
         }
-        if (count > 0) {
-            self.m_receivedBytes += static_cast<std::size_t>(count);
-            // A peer that never stops sending must not get past the deadline either.
-            if (Clock::now() >= self.m_deadline) {
-                return self.fail(REDIS_ERR_TIMEOUT, "timed out reading the answer");
+        if (count < 0) {
+            if (!waitFor(POLLIN, deadline, "timed out waiting for the answer")) {
+                throw SessionError(SessionError::Kind::answerLost, std::strerror(errno));
             }
-            if (!makeRoom(*context->reader, static_cast<std::size_t>(count))) {
-                return self.fail(REDIS_ERR_OOM, "out of memory for the answer");
+            continue;
+        }
+        // A peer that never stops sending must not get past the deadline either.
+        if (Clock::now() >= deadline) {
+            throw SessionError(SessionError::Kind::timedOut, "timed out reading the answer");
+        }
+        try {
+            if (auto answer =
+                    m_answers.read({m_received.data(), static_cast<std::size_t>(count)})) {
+                return *std::move(answer);
             }
-            return count;
-        }
-        if (error != EAGAIN && error != EINTR) {
-            return self.fail(REDIS_ERR_IO, std::strerror(error));
-        }
-        switch (waitUntilReady(context->fd, POLLIN, self.m_deadline)) {
-        case Readiness::ready:
-            break;
-        case Readiness::timedOut:
-            return self.fail(REDIS_ERR_TIMEOUT, "timed out waiting for the answer");
-        case Readiness::failed:
-            return self.fail(REDIS_ERR_IO, std::strerror(errno));
+        } catch (const ReplyError& failure) {
+            throw SessionError(SessionError::Kind::answerLost, failure.what());
         }
     }
 }
 
-void* Session::createArray(const redisReadTask* task, std::size_t elements) {
-    auto& self = *static_cast<Session*>(task->privdata);
-    int depth = 1;
-    for (const redisReadTask* parent = task->parent; parent; parent = parent->parent) {
-        ++depth;
+/// After a call that failed. True when it may succeed now; otherwise errno has the cause.
+bool Session::waitFor(short events, Clock::time_point deadline, const char* timedOut) const {
+    if (errno == EINTR) {
+        return true;
     }
-    self.m_receivedElements += elements;
-    if (depth > maxReplyDepth) {
-        self.m_refusal = "the arrays of the answer are nested too deeply";
-    } else if (elements > maxReplyElements || self.m_receivedElements > maxReplyElements) {
-        self.m_refusal = "the answer has too many elements";
-    } else {
-        return self.m_createArray(task, elements);
+    const Readiness readiness =
+        errno == EAGAIN ? waitUntilReady(m_socket.fd(), events, deadline) : Readiness::failed;
+    if (readiness == Readiness::timedOut) {
+        throw SessionError(SessionError::Kind::timedOut, timedOut);
     }
-    return nullptr;
-}
-
-ssize_t Session::fail(int hiredisError, const char* cause) noexcept {
-    m_context->err = hiredisError;
-    qstrncpy(m_context->errstr, cause, sizeof m_context->errstr);
-    return -1;
-}
-
-SessionError Session::failure() const {
-    const char* cause = m_refusal ? m_refusal : m_context->errstr;
-    if (m_context->err == REDIS_ERR_TIMEOUT) {
-        return {SessionError::Kind::timedOut, cause};
-    }
-    return {m_written ? SessionError::Kind::answerLost : SessionError::Kind::notWritten, cause};
+    return readiness == Readiness::ready;
 }
 
 } // namespace RedisClient

@@ -1,21 +1,17 @@
 #pragma once
 
+#include "redisclient/reply_reader.h"
 #include "redisclient/response.h"
 #include "redisclient/tcp_socket.h"
 
 #include <QByteArray>
 #include <QList>
 
-#include <sys/types.h>
-
+#include <array>
 #include <cstddef>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
-
-struct redisContext;
-struct redisReadTask;
 
 namespace RedisClient {
 
@@ -40,9 +36,8 @@ private:
 };
 
 /// One conversation with a server, from the connecting to the first failure: everything that ends
-/// with the socket. The only user of hiredis, which keeps the buffers and parses; connecting,
-/// sending and receiving are done here, for the sake of deadlines and because hiredis would let a
-/// closed socket raise SIGPIPE.
+/// with the socket. Connecting, sending and receiving are done here and not by hiredis, for the
+/// sake of deadlines and because it would let a closed socket raise SIGPIPE.
 ///
 /// Owns the socket. One thread at a time. After a SessionError the object can only be destroyed.
 class Session {
@@ -51,7 +46,7 @@ public:
     /// Throws std::runtime_error (also SessionError) when the server cannot be reached, refuses the
     /// password or does not serve now. A refused name is no failure: it is only a label.
     explicit Session(const ConnectionConfig& config);
-    ~Session();
+    ~Session() = default;
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
@@ -67,33 +62,18 @@ public:
     void select(int db, Clock::time_point deadline);
 
 private:
-    struct ContextDeleter {
-        void operator()(redisContext* context) const noexcept;
-    };
-
-    // What hiredis calls.
-    static ssize_t send(redisContext* context);
-    static ssize_t receive(redisContext* context, char* buffer, std::size_t capacity);
-    static void* createArray(const redisReadTask* task, std::size_t elements);
-
-    bool hasUnreadAnswer() const noexcept;
-    std::size_t answerBytes() const noexcept;
     void introduce(const ConnectionConfig& config, Clock::time_point deadline);
+    void format(const QList<QByteArray>& parts);
+    void send(const QList<QByteArray>& parts, Clock::time_point deadline);
+    Response receive(Clock::time_point deadline);
+    bool waitFor(short events, Clock::time_point deadline, const char* timedOut) const;
     void trackDatabase(const QList<QByteArray>& parts, const Response& response);
-    ssize_t fail(int hiredisError, const char* cause) noexcept;
-    SessionError failure() const;
 
-    std::unique_ptr<redisContext, ContextDeleter> m_context;
-    void* (*m_createArray)(const redisReadTask*, std::size_t) = nullptr;
+    TcpSocket m_socket;
+    std::string m_command;
+    std::array<char, std::size_t{16} << 10> m_received{};
+    ReplyReader m_answers;
     std::optional<int> m_database = 0; ///< none when that is not certain
-
-    // Of the current command:
-    Clock::time_point m_deadline;
-    bool m_written = false;
-    std::size_t m_receivedBytes = 0;
-    std::size_t m_receivedElements = 0;
-
-    const char* m_refusal = nullptr; ///< of what hiredis was told to give up
 };
 
 } // namespace RedisClient

@@ -6,7 +6,9 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,7 +28,8 @@ std::string errorText(int error) {
     return std::generic_category().message(error);
 }
 
-void setOption(const TcpSocket& socket, int level, int option, int value) {
+template <typename Value>
+void setOption(const TcpSocket& socket, int level, int option, const Value& value) {
     if (::setsockopt(socket.fd(), level, option, &value, sizeof value) != 0) {
         throw std::system_error(errno, std::generic_category(), "setsockopt");
     }
@@ -42,6 +45,16 @@ void probeWhenIdle(const TcpSocket& socket) {
     setOption(socket, IPPROTO_TCP, TCP_KEEPIDLE, idleSeconds);
     setOption(socket, IPPROTO_TCP, TCP_KEEPINTVL, intervalSeconds);
     setOption(socket, IPPROTO_TCP, TCP_KEEPCNT, probes);
+}
+
+void blockWithPatience(const TcpSocket& socket) {
+    const std::chrono::microseconds patience = TcpSocket::patience;
+    setOption(socket, SOL_SOCKET, SO_RCVTIMEO,
+              timeval{.tv_sec = 0, .tv_usec = static_cast<suseconds_t>(patience.count())});
+    int doesNotBlock = 0;
+    if (::ioctl(socket.fd(), FIONBIO, &doesNotBlock) != 0) {
+        throw std::system_error(errno, std::generic_category(), "ioctl");
+    }
 }
 
 TcpSocket connectTo(const addrinfo& address, Clock::time_point deadline) {
@@ -74,6 +87,7 @@ TcpSocket connectTo(const addrinfo& address, Clock::time_point deadline) {
     }
     setOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
     probeWhenIdle(socket);
+    blockWithPatience(socket);
     return socket;
 }
 
@@ -85,16 +99,12 @@ TcpSocket::~TcpSocket() {
     }
 }
 
-TcpSocket::TcpSocket(TcpSocket&& other) noexcept : m_fd(other.release()) {}
+TcpSocket::TcpSocket(TcpSocket&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
 
 TcpSocket& TcpSocket::operator=(TcpSocket&& other) noexcept {
     TcpSocket taken(std::move(other));
     std::swap(m_fd, taken.m_fd);
     return *this;
-}
-
-int TcpSocket::release() noexcept {
-    return std::exchange(m_fd, -1);
 }
 
 void AddressListDeleter::operator()(addrinfo* list) const noexcept {

@@ -14,6 +14,9 @@ using Clock = std::chrono::steady_clock;
 /// A socket that is closed with its owner; -1 is none.
 class TcpSocket {
 public:
+    /// How long a connected one lets a receiving call wait.
+    static constexpr std::chrono::milliseconds patience{100};
+
     TcpSocket() = default;
     explicit TcpSocket(int fd) : m_fd(fd) {}
     ~TcpSocket();
@@ -23,8 +26,6 @@ public:
     TcpSocket& operator=(const TcpSocket&) = delete;
 
     int fd() const { return m_fd; }
-    /// Gives the socket away.
-    int release() noexcept;
 
 private:
     int m_fd = -1;
@@ -39,9 +40,10 @@ using AddressList = std::unique_ptr<addrinfo, AddressListDeleter>;
 /// does. Throws std::runtime_error with the cause.
 AddressList resolve(const QString& host, int port);
 
-/// A connected socket that does not block, sends without delay, probes an idle peer and is closed
-/// in a child process that runs another program. Every address is tried in turn, each with an equal
-/// share of the time left. Throws std::runtime_error with the cause.
+/// A connected socket that blocks, receiving for TcpSocket::patience at the longest, sends without
+/// delay, probes an idle peer and is closed in a child process that runs another program. Every
+/// address is tried in turn, each with an equal share of the time left. Throws std::runtime_error
+/// with the cause.
 TcpSocket connectTcp(const AddressList& addresses, Clock::time_point deadline);
 
 enum class Readiness { ready, timedOut, failed };

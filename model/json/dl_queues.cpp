@@ -1,9 +1,12 @@
 #include "model/model_convertors.h"
 
+#include "model/json/compact_json.h"
 #include "model/json/json_members.h"
+#include "model/json/json_writer.h"
 
 #include <QJsonValue>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -93,6 +96,44 @@ QJsonObject writeQueue(const model::dl_queues::queue& queue) {
     return json;
 }
 
+template <typename Value>
+bool hasKeyTwice(const QMap<QString, Value>& map) {
+    return std::adjacent_find(map.keyBegin(), map.keyEnd()) != map.keyEnd();
+}
+
+bool writeOrdinary(json_writer& json, const model::dl_queues::element& element) {
+    return json.beginObject() && json.name("data") && json.value(element.data) &&
+           json.name("db_id") && json.value(element.db_id) && json.name("repeat") &&
+           json.value(element.repeat) && json.name("status") &&
+           json.value(nameOf(element.status)) && json.name("type") && json.value(element.type) &&
+           json.endObject();
+}
+
+bool writeOrdinary(json_writer& json, const model::dl_queues::queue& queue) {
+    auto element = queue.elements.constBegin();
+    const auto end = queue.elements.constEnd();
+    const auto setting = [&](std::string_view name, const auto& value) {
+        for (; element != end && element.key() < jsonKey(name); ++element) {
+            if (!json.key(element.key()) || !writeOrdinary(json, element.value())) {
+                return false;
+            }
+        }
+        const bool isOverwritten = element != end && element.key() == jsonKey(name);
+        return !isOverwritten && json.name(name) && json.value(value);
+    };
+    if (hasKeyTwice(queue.elements) || !json.beginObject() || !setting("repeat", queue.repeat) ||
+        !setting("start_from", queue.start_from) || !setting("status", nameOf(queue.status)) ||
+        !setting("timeout", queue.timeout)) {
+        return false;
+    }
+    for (; element != end; ++element) {
+        if (!json.key(element.key()) || !writeOrdinary(json, element.value())) {
+            return false;
+        }
+    }
+    return json.endObject();
+}
+
 } // namespace
 
 template <>
@@ -118,6 +159,24 @@ QJsonObject toJson(const model::dl_queues& queues) {
         {"status", nameOf(queues.status)},
         {"lock", queues.lock},
     });
+}
+
+bool writeOrdinary(json_writer& json, const model::dl_queues& queues) {
+    if (hasKeyTwice(queues.dl) || !json.beginObject() || !json.name("dl") || !json.beginObject()) {
+        return false;
+    }
+    for (auto queue = queues.dl.constBegin(); queue != queues.dl.constEnd(); ++queue) {
+        if (!json.key(queue.key()) || !writeOrdinary(json, queue.value())) {
+            return false;
+        }
+    }
+    return json.endObject() && json.name("lock") && json.value(queues.lock) &&
+           json.name("status") && json.value(nameOf(queues.status)) && json.endObject();
+}
+
+QByteArray compactJson(const model::dl_queues& queues) {
+    json_writer json;
+    return writeOrdinary(json, queues) ? json.take() : plainJson(toJson(queues));
 }
 
 } // namespace model_convertors

@@ -430,6 +430,23 @@ TEST_F(DriverStateAll, UseTheOverriddenIds) {
     EXPECT_THAT(proxy.sent(), ElementsAre(QList<QByteArray>{"MGET", "x:y:5", "x:y:4", "x:y:5"}));
 }
 
+TEST_F(DriverStateAll, UseOverriddenIdsOfOtherTypesByTheirText) {
+    struct : redis::DriverStateRedis {
+        using DriverStateRedis::DriverStateRedis;
+        QList<QVariant> GetIDs(const QString& /*first*/, const QString& /*second*/) override {
+            return {"04"_q, qlonglong{5}};
+        }
+    } overriding{conf(), test_support::mongoUrl()};
+    setDevices("x:y:0", 4, 1);
+    setDevices("x:y:", 5, 1);
+    proxy.forget();
+
+    EXPECT_EQ(
+        *overriding.GetAllStates("y"_q, "x"_q),
+        (QHash<int, QJsonObject>{{4, QJsonObject{{"n"_q, 4}}}, {5, QJsonObject{{"n"_q, 5}}}}));
+    EXPECT_THAT(proxy.sent(), ElementsAre(QList<QByteArray>{"MGET", "x:y:04", "x:y:5"}));
+}
+
 TEST_F(DriverStateAll, OfTenThousandDevicesComeAtOnce) {
     setDevices("x:y:", 0, 10'000);
 

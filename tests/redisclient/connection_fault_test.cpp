@@ -535,6 +535,39 @@ TEST(RedisCommandFailure, LeavesNoLateAnswerToTheNextCommand) {
     EXPECT_EQ(peer.connections(), 2);
 }
 
+// Shorter than the socket would wait by itself.
+TEST(RedisCommandFailure, EndsWithAShortTimeOutToo) {
+    constexpr int shortMsecs = 30;
+    const FakePeer peer([](TestSocket& client, int) {
+        FakePeer::afterPing(client);
+        client.waitForClosing();
+    });
+    const auto elapsed = [&] {
+        Connection connection(configFor(peer.port(), patientMsecs, shortMsecs));
+        connection.connect();
+        const Stopwatch watch;
+        EXPECT_THAT(failureOf(connection), HasSubstr("timed out"));
+        return watch.elapsed();
+    };
+
+    EXPECT_THAT(elapsed(), Ge(std::chrono::milliseconds(shortMsecs)));
+    EXPECT_TRUE(eventually([&] { return elapsed() < 3 * std::chrono::milliseconds(shortMsecs); }));
+}
+
+// Longer than the socket waits by itself.
+TEST(RedisConnection, WaitsForAnAnswerThatTakesItsTime) {
+    const FakePeer peer([](TestSocket& client, int) {
+        while (!FakePeer::afterPing(client).isEmpty()) {
+            client.waitForClosing(300ms);
+            client.write("+slow\r\n");
+        }
+    });
+    Connection connection(configFor(peer.port()));
+
+    EXPECT_EQ(connection.commandSync({"GET", "key"}).getValue(), QVariant(QByteArray("slow")));
+    EXPECT_EQ(peer.connections(), 1);
+}
+
 TEST(RedisCommandFailure, IsGarbageInPlaceOfAnAnswer) {
     const FakePeer peer(FakePeer::answering("garbage\r\n"));
     Connection connection(configFor(peer.port()));
