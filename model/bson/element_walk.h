@@ -22,7 +22,7 @@ namespace bson_utils {
 class element_walk {
 public:
     explicit element_walk(const bsoncxx::v1::document::view& document)
-        : m_next(document.data() + prefix), m_end(document.data() + document.size() - 1) {}
+        : m_next(document.data() + prefix), m_end(m_next + (document.size() - prefix - 1)) {}
 
     /// Goes to the next element. False if that has another key or is no undamaged double, text,
     /// document, array, ObjectId, boolean, date, null, int32 or int64; the walk is over then.

@@ -55,7 +55,8 @@ private:
 
     /// What the document has in place of a known one's value.
     struct replacement {
-        int place;
+        /// Among the members, from 0.
+        int place = 0;
         element_walk element;
     };
 
