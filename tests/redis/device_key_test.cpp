@@ -2,11 +2,11 @@
 // fixed, or taken from KELVRO_SEED; a failure prints it.
 
 #include "redis/device_key.h"
+#include "tests/support/random_seed.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <limits>
 #include <random>
 #include <string>
@@ -20,9 +20,7 @@ using redis::plainDeviceOf;
 constexpr std::uint32_t keys = 50'000;
 
 std::uint32_t firstSeed() {
-    const char* chosen = std::getenv("KELVRO_SEED");
-    return chosen != nullptr ? static_cast<std::uint32_t>(std::strtoul(chosen, nullptr, 0))
-                             : 20221128;
+    return test_support::randomSeed(20221128);
 }
 
 /// Mostly digits and colons, now and then what makes a decoder stumble.

@@ -11,6 +11,47 @@
 
 namespace test_support {
 
+template <typename Content>
+QJsonArray randomArray(Content& content, int depth);
+template <typename Content>
+QJsonObject randomObject(Content& content, int depth);
+
+/// `depth` levels deep at the most. Of `content` come below(limit), scalar(kind) for a kind below
+/// Content::scalarKinds, and key().
+template <typename Content>
+QJsonValue randomValue(Content& content, int depth) {
+    constexpr auto allKinds = Content::scalarKinds + 2;
+    const auto kind = content.below(depth > 0 ? allKinds : Content::scalarKinds);
+    if (kind < Content::scalarKinds) {
+        return content.scalar(kind);
+    }
+    if (kind > Content::scalarKinds) {
+        return randomObject(content, depth - 1);
+    }
+    return randomArray(content, depth - 1);
+}
+
+/// Of up to four values.
+template <typename Content>
+QJsonArray randomArray(Content& content, int depth) {
+    QJsonArray array;
+    for (auto rest = content.below(5); rest > 0; --rest) {
+        array.append(randomValue(content, depth));
+    }
+    return array;
+}
+
+/// Of up to four members.
+template <typename Content>
+QJsonObject randomObject(Content& content, int depth) {
+    QJsonObject object;
+    for (auto rest = content.below(5); rest > 0; --rest) {
+        const QString key = content.key();
+        object.insert(key, randomValue(content, depth));
+    }
+    return object;
+}
+
 /// Random content from a seed; the same seed gives the same content on any machine (the standard
 /// library's distributions would not).
 class random_content {
@@ -73,8 +114,10 @@ public:
         return made;
     }
 
-    QJsonValue value(int depth) {
-        switch (below(depth > 0 ? 7 : 5)) {
+    static constexpr std::uint32_t scalarKinds = 5;
+
+    QJsonValue scalar(std::uint32_t kind) {
+        switch (kind) {
         case 0:
             return QJsonValue{QJsonValue::Null};
         case 1:
@@ -83,30 +126,13 @@ public:
             return number();
         case 3:
             return anyInt();
-        case 4:
-            return text();
-        case 5:
-            return array(depth - 1);
         default:
-            return object(depth - 1);
+            return text();
         }
     }
 
-    QJsonArray array(int depth) {
-        QJsonArray made;
-        for (std::uint32_t rest = below(5); rest > 0; --rest) {
-            made.append(value(depth));
-        }
-        return made;
-    }
-
-    QJsonObject object(int depth) {
-        QJsonObject made;
-        for (std::uint32_t rest = below(5); rest > 0; --rest) {
-            made.insert(key(), value(depth));
-        }
-        return made;
-    }
+    QJsonArray array(int depth) { return randomArray(*this, depth); }
+    QJsonObject object(int depth) { return randomObject(*this, depth); }
 
 private:
     std::mt19937 m_engine;

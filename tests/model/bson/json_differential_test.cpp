@@ -10,6 +10,7 @@
 #include "tests/support/qt_printers.h"
 #include "tests/support/random_bson.h"
 #include "tests/support/random_json.h"
+#include "tests/support/random_seed.h"
 #include "tests/support/raw_bson.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +18,6 @@
 #include <QJsonDocument>
 
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <optional>
 #include <random>
@@ -32,9 +32,7 @@ using test_support::literals::operator""_q;
 constexpr std::uint32_t documents = 20'000;
 
 std::uint32_t firstSeed() {
-    const char* chosen = std::getenv("KELVRO_SEED");
-    return chosen != nullptr ? static_cast<std::uint32_t>(std::strtoul(chosen, nullptr, 0))
-                             : 20190324;
+    return randomSeed(20190324);
 }
 
 document_bytes byText(const QJsonObject& json) {

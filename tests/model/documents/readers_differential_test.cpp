@@ -6,13 +6,13 @@
 #include "model/documents/device_object.h"
 #include "tests/support/qt_printers.h"
 #include "tests/support/random_bson.h"
+#include "tests/support/random_seed.h"
 #include "tests/support/record_equality.h"
 
 #include <bsoncxx/v1/exception.hpp>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <iostream>
 #include <optional>
 #include <random>
@@ -119,10 +119,7 @@ bool isOrdinary(const document& document, query_memory& memory) {
 template <typename Record>
 class Readers : public testing::Test {
 protected:
-    static std::uint64_t seed() {
-        const char* chosen = std::getenv("KELVRO_SEED");
-        return chosen != nullptr ? std::strtoull(chosen, nullptr, 0) : 20190324;
-    }
+    static std::uint32_t seed() { return randomSeed(20190324); }
 
     void expectAgreement(const document& document, int number) {
         if (disagreement<Record>(document, memory).empty()) {

@@ -6,6 +6,8 @@
 #include "model/model_convertors.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
+#include "tests/support/random_json.h"
+#include "tests/support/random_seed.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +16,6 @@
 
 #include <array>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -31,9 +32,7 @@ using namespace test_support::literals;
 constexpr std::uint32_t documents = 20'000;
 
 std::uint32_t firstSeed() {
-    const char* chosen = std::getenv("KELVRO_SEED");
-    return chosen != nullptr ? static_cast<std::uint32_t>(std::strtoul(chosen, nullptr, 0))
-                             : 20221127;
+    return test_support::randomSeed(20221127);
 }
 
 /// Besides what has that key already, as no host should.
@@ -92,8 +91,12 @@ public:
         }
     }
 
-    QJsonValue value(int depth) {
-        switch (below(depth > 0 ? 8 : 6)) {
+    QString key() { return text(); }
+
+    static constexpr std::uint32_t scalarKinds = 6;
+
+    QJsonValue scalar(std::uint32_t kind) {
+        switch (kind) {
         case 0:
             return QJsonValue::Null;
         case 1:
@@ -105,27 +108,12 @@ public:
         case 4:
             return m_odd ? QJsonValue{static_cast<qint64>(quint64{m_engine()} << below(33))}
                          : QJsonValue{static_cast<int>(below(100))};
-        case 5:
-            return text();
-        case 6: {
-            QJsonArray array;
-            for (std::uint32_t rest = below(5); rest > 0; --rest) {
-                array.append(value(depth - 1));
-            }
-            return array;
-        }
         default:
-            return object(depth - 1);
+            return text();
         }
     }
 
-    QJsonObject object(int depth) {
-        QJsonObject made;
-        for (std::uint32_t rest = below(5); rest > 0; --rest) {
-            made.insert(text(), value(depth));
-        }
-        return made;
-    }
+    QJsonObject object(int depth) { return test_support::randomObject(*this, depth); }
 
     dl_queues queues() {
         dl_queues made;

@@ -2,11 +2,11 @@
 
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
+#include "tests/support/random_json.h"
 #include "tests/support/record_equality.h"
 
 #include <gtest/gtest.h>
 
-#include <QJsonArray>
 #include <QStringList>
 
 #include <array>
@@ -51,8 +51,12 @@ public:
 
     queue_status status() { return static_cast<queue_status>(below(4)); }
 
-    QJsonValue value(int depth) {
-        switch (below(depth > 0 ? 7 : 5)) {
+    QString key() { return text(); }
+
+    static constexpr int scalarKinds = 5;
+
+    QJsonValue scalar(int kind) {
+        switch (kind) {
         case 0:
             return QJsonValue::Null;
         case 1:
@@ -61,26 +65,9 @@ public:
             return number();
         case 3:
             return std::uniform_real_distribution{-1e9, 1e9}(m_engine);
-        case 4:
-            return text();
-        case 5: {
-            QJsonArray array;
-            for (int size = below(4); size > 0; --size) {
-                array.append(value(depth - 1));
-            }
-            return array;
-        }
         default:
-            return object(depth - 1);
+            return text();
         }
-    }
-
-    QJsonObject object(int depth) {
-        QJsonObject object;
-        for (int size = below(4); size > 0; --size) {
-            object.insert(text(), value(depth));
-        }
-        return object;
     }
 
     dl_queues queues() {
@@ -100,7 +87,8 @@ public:
                                        "type"_q,    "q"_q};
         static const QStringList states{"NONE"_q, "DONE"_q, "WAIT"_q, "FAIL"_q, "wait"_q};
         if (level == 0 || below(4) == 0) {
-            return below(2) == 0 ? QJsonValue{states.at(below(states.size()))} : value(1);
+            return below(2) == 0 ? QJsonValue{states.at(below(states.size()))}
+                                 : test_support::randomValue(*this, 1);
         }
         QJsonObject object;
         for (int size = below(8); size > 0; --size) {
@@ -119,7 +107,7 @@ private:
         queue.status = status();
         for (int size = below(4); size > 0; --size) {
             dl_queues::element element;
-            element.data = object(2);
+            element.data = test_support::randomObject(*this, 2);
             element.type = text();
             element.db_id = text();
             element.status = status();
