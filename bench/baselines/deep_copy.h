@@ -1,10 +1,6 @@
 #pragma once
 
-#include "model/dev_event.h"
-#include "model/dev_value.h"
-#include "model/dl_message.h"
-#include "model/dl_queues.h"
-#include "model/message.h"
+#include "host/records/record_members.h"
 
 #include <QByteArray>
 #include <QJsonObject>
@@ -22,10 +18,8 @@ QString deepCopy(const QString& text);
 QByteArray deepCopy(const QByteArray& bytes);
 QJsonObject deepCopy(const QJsonObject& object);
 
-model::message deepCopy(const model::message& message);
-model::dl_message deepCopy(const model::dl_message& message);
-model::dev_value deepCopy(const model::dev_value& value);
-model::dev_event deepCopy(const model::dev_event& event);
-model::dl_queues deepCopy(const model::dl_queues& queues);
+/// Of an uplink, a command, a reading, an event, and queues with all that is in them.
+template <host::HasMembers Record>
+Record deepCopy(const Record& record);
 
 } // namespace bench
