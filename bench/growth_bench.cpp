@@ -14,9 +14,7 @@
 #include <bsoncxx/v1/types/view.hpp>
 
 #include <QJsonArray>
-#include <QJsonDocument>
 
-#include <algorithm>
 #include <array>
 #include <iostream>
 #include <numeric>
@@ -28,7 +26,6 @@ namespace {
 constexpr std::size_t few = 10'000;
 constexpr std::size_t many = 1'000'000;
 constexpr std::size_t quickMany = 40'000;
-constexpr std::size_t perRequest = 10'000;
 
 /// Each of these devices has sent a hundred of the first `few` records; ten of them are asked for.
 constexpr int devices = 100;
@@ -106,19 +103,29 @@ Documents uplinkDocuments(std::size_t count, std::size_t first) {
     return placed(std::move(records), first);
 }
 
-std::vector<Read> uplinkReads(Stores& stores, const RawCollectionPtr& collection) {
+/// For each size of an answer. `ask(filter)` is the operation, `make(count)` gives records.
+template <typename Filter, typename Ask, typename Make>
+std::vector<Read> newestReads(const char* operation, const RawCollectionPtr& collection,
+                              const Ask& ask, const Make& make) {
     std::vector<Read> reads;
     for (const std::size_t answer : answers) {
-        const auto filter = newest<model::filter_roll>(answer);
-        const auto ask = [&repository = stores.uplinks(), filter] {
-            return repository.GetMessages(filter);
-        };
-        reads.push_back(
-            {"uplink GetMessages", std::to_string(answer),
-             readContest(ask, collection, {newestOf(filter)}, readyRecords(messages(answer, 0))),
-             newestOf(filter)});
+        const auto filter = newest<Filter>(answer);
+        const auto query = newestOf(filter);
+        reads.push_back({operation, std::to_string(answer),
+                         readContest([ask, filter] { return ask(filter); }, collection, {query},
+                                     readyRecords(make(answer))),
+                         query});
     }
     return reads;
+}
+
+std::vector<Read> uplinkReads(Stores& stores, const RawCollectionPtr& collection) {
+    return newestReads<model::filter_roll>(
+        "uplink GetMessages", collection,
+        [&repository = stores.uplinks()](const auto& filter) {
+            return repository.GetMessages(filter);
+        },
+        [](std::size_t count) { return messages(count, 0); });
 }
 
 Documents valueDocuments(std::size_t count, std::size_t first) {
@@ -126,27 +133,20 @@ Documents valueDocuments(std::size_t count, std::size_t first) {
 }
 
 std::vector<Read> valueReads(Stores& stores, const RawCollectionPtr& collection) {
-    std::vector<Read> reads;
-    const auto add = [&](const char* operation, const std::string& answer,
-                         const model::filter_eav& filter, const std::vector<ReadyQuery>& queries,
-                         std::size_t ready) {
-        const auto ask = [&repository = stores.eav(), filter] {
-            return repository.GetValues(filter);
-        };
-        reads.push_back({operation, answer,
-                         readContest(ask, collection, queries, readyRecords(values(ready))),
-                         queries.front()});
+    const auto ask = [&repository = stores.eav()](const model::filter_eav& filter) {
+        return repository.GetValues(filter);
     };
-    for (const std::size_t answer : answers) {
-        const auto filter = newest<model::filter_eav>(answer);
-        add("values GetValues", std::to_string(answer), filter, {newestOf(filter)}, answer);
-    }
+    auto reads = newestReads<model::filter_eav>("values GetValues", collection, ask,
+                                                [](std::size_t count) { return values(count); });
     auto filter = newest<model::filter_eav>(answers[1]);
     const auto codes = numericObisCodes(5);
     filter.obis_codes.assign(codes.begin(), codes.end());
     filter.first_last = true;
     const auto queries = firstAndLastOf(filter);
-    add("values GetValues first_last", "first and last", filter, queries, queries.size());
+    reads.push_back({"values GetValues first_last", "first and last",
+                     readContest([ask, filter] { return ask(filter); }, collection, queries,
+                                 readyRecords(values(queries.size()))),
+                     queries.front()});
     return reads;
 }
 
@@ -155,18 +155,10 @@ Documents eventDocuments(std::size_t count, std::size_t first) {
 }
 
 std::vector<Read> eventReads(Stores& stores, const RawCollectionPtr& collection) {
-    std::vector<Read> reads;
-    for (const std::size_t answer : answers) {
-        const auto filter = newest<model::filter_eav>(answer);
-        const auto ask = [&repository = stores.eav(), filter] {
-            return repository.GetEvents(filter);
-        };
-        reads.push_back(
-            {"events GetEvents", std::to_string(answer),
-             readContest(ask, collection, {newestOf(filter)}, readyRecords(events(answer))),
-             newestOf(filter)});
-    }
-    return reads;
+    return newestReads<model::filter_eav>(
+        "events GetEvents", collection,
+        [&repository = stores.eav()](const auto& filter) { return repository.GetEvents(filter); },
+        [](std::size_t count) { return events(count); });
 }
 
 /// Those that came with the rest have been executed.
@@ -232,18 +224,6 @@ constexpr std::array<Growing, 4> collections{{
     {layout::dl_messages::collection, layout::dl_messages::indexes, commandDocuments, commandReads},
 }};
 
-void store(RawCollection& collection, const Growing& growing, std::size_t begin, std::size_t end) {
-    for (std::size_t first = begin; first < end; first += perRequest) {
-        collection.put(growing.make(std::min(perRequest, end - first), first));
-        const std::size_t stored = std::min(first + perRequest, end);
-        if (stored == end || stored % (10 * perRequest) == 0) {
-            std::cout << growing.collection << ": stored " << stored << " of " << end << '\n'
-                      << std::flush;
-        }
-    }
-    collection.require(end);
-}
-
 QJsonArray measureAll(Stores& stores, const Growing& growing, const RawCollectionPtr& collection,
                       std::size_t stored, bool quick) {
     QJsonArray measured;
@@ -272,7 +252,7 @@ int run(const Options& options) {
         const auto collection = stores.emptyCollection(growing.collection, growing.indexes);
         std::size_t stored = 0;
         for (const std::size_t size : {few, options.quick ? quickMany : many}) {
-            store(*collection, growing, stored, size);
+            putAll(*collection, growing.collection, stored, size, growing.make);
             stored = size;
             for (const auto& read :
                  measureAll(stores, growing, collection, stored, options.quick)) {

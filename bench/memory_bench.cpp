@@ -12,7 +12,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
-#include <algorithm>
 #include <iostream>
 #include <numeric>
 #include <stdexcept>
@@ -29,17 +28,6 @@ constexpr std::size_t readingsMayTake = 60 * mebibyte;
 /// The server's replies are no larger, and one at a time is what the client library holds.
 constexpr std::size_t replyTakes = 16 * mebibyte;
 constexpr std::size_t smallChange = mebibyte;
-
-template <typename Make>
-void store(RawCollection& collection, std::size_t count, const Make& make) {
-    constexpr std::size_t perRequest = 10'000;
-    for (std::size_t begin = 0; begin < count; begin += perRequest) {
-        const std::size_t some = std::min(perRequest, count - begin);
-        collection.put(documentsOf(make(some, begin)));
-        std::cout << "stored " << begin + some << " of " << count << '\n' << std::flush;
-    }
-    collection.require(count);
-}
 
 /// Of all devices and times.
 template <typename Filter>
@@ -91,9 +79,8 @@ QJsonObject measureQuery(const QString& operation, const std::vector<int>& devic
 QJsonObject measureReadings(Stores& stores, std::size_t count) {
     namespace layout = layout::eav_values;
     const auto collection = stores.emptyCollection(layout::collection, layout::indexes);
-    std::cout << "readings: ";
-    store(*collection, count,
-          [](std::size_t some, std::size_t first) { return values(some, first); });
+    putAll(*collection, "readings", 0, count,
+           [](std::size_t some, std::size_t first) { return documentsOf(values(some, first)); });
     std::vector<int> devices(10);
     std::iota(devices.begin(), devices.end(), 1);
     return measureQuery<model::filter_eav>(
@@ -105,9 +92,9 @@ QJsonObject measureReadings(Stores& stores, std::size_t count) {
 QJsonObject measureTelegrams(Stores& stores, std::size_t count) {
     namespace layout = layout::ul_messages;
     const auto collection = stores.emptyCollection(layout::collection, layout::indexes);
-    std::cout << "telegrams: ";
-    store(*collection, count,
-          [](std::size_t some, std::size_t first) { return messages(some, 0, first); });
+    putAll(*collection, "telegrams", 0, count, [](std::size_t some, std::size_t first) {
+        return documentsOf(messages(some, 0, first));
+    });
     return measureQuery<model::filter_roll>(
         QStringLiteral("uplink GetMessages"), devicesOf(messages(1000, 0)), count,
         [&](const model::filter_roll& filter) { return stores.uplinks().GetMessages(filter); },

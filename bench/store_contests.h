@@ -5,9 +5,11 @@
 #include "bench/stores.h"
 #include "mongo/query.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <functional>
+#include <iostream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -82,6 +84,23 @@ Contest insertAtOnce(const RawCollectionPtr& collection, const std::function<voi
 /// afterwards there must be none.
 Contest deleteContest(const RawCollectionPtr& collection, Documents documents,
                       const std::function<void()>& plugin, Documents queries);
+
+/// Puts documents into the collection, ten thousand by a request, until `end` are stored of which
+/// `begin` are there already; prints how far it is. `make(count, first)` gives them.
+template <typename Make>
+void putAll(RawCollection& collection, std::string_view what, std::size_t begin, std::size_t end,
+            const Make& make) {
+    constexpr std::size_t perRequest = 10'000;
+    constexpr std::size_t perLine = 10 * perRequest;
+    for (std::size_t first = begin; first < end; first += perRequest) {
+        collection.put(make(std::min(perRequest, end - first), first));
+        const std::size_t stored = std::min(first + perRequest, end);
+        if (stored == end || stored % perLine == 0) {
+            std::cout << what << ": stored " << stored << " of " << end << '\n' << std::flush;
+        }
+    }
+    collection.require(end);
+}
 
 template <typename Records>
 std::size_t countRecords(const Records& byDevice) {
