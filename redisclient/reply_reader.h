@@ -26,8 +26,11 @@ public:
 /// hiredis, whose parser calls it for every part of an answer: a text is copied once, to where the
 /// Response has it.
 ///
-/// Owns the parser and what has not been parsed yet. After a ReplyError the object can only be
-/// destroyed.
+/// Refuses an answer of more than 1 GiB, of more than 2^24 elements or of arrays nested more than
+/// 128 deep, as soon as that shows.
+///
+/// Owns the parser and what has not been parsed yet. One thread at a time. After a ReplyError the
+/// object can only be destroyed.
 class ReplyReader {
 public:
     ReplyReader();

@@ -23,14 +23,21 @@ struct plain_way {
     using fields = legacy_fields;
 };
 
-/// Nothing at the first thing that is out of the ordinary.
+/// False, and the record is of no use, at the first thing that is out of the ordinary.
+template <typename Record>
+bool readOrdinary(const bsoncxx::v1::document::view& document, query_memory& memory,
+                  Record& record) {
+    ordinary_fields fields{document, memory};
+    read(fields, record);
+    return fields.ordinary();
+}
+
+/// The same.
 template <typename Record>
 std::optional<Record> readOrdinary(const bsoncxx::v1::document::view& document,
                                    query_memory& memory) {
-    ordinary_fields fields{document, memory};
     Record record;
-    read(fields, record);
-    return fields.ordinary() ? std::optional{std::move(record)} : std::nullopt;
+    return readOrdinary(document, memory, record) ? std::optional{std::move(record)} : std::nullopt;
 }
 
 /// Throws bsoncxx::v1::exception as its fields do.
@@ -46,9 +53,7 @@ Record readPlain(const bsoncxx::v1::document::view& document) {
 template <typename Record>
 Record readDocument(const bsoncxx::v1::document::view& document, query_memory& memory) {
     Record record;
-    ordinary_fields fields{document, memory};
-    read(fields, record);
-    if (!fields.ordinary()) {
+    if (!readOrdinary(document, memory, record)) {
         record = readPlain<Record>(document);
     }
     return record;

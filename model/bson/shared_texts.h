@@ -11,6 +11,9 @@ namespace bson_utils {
 
 /// Makes the texts of one query's records: those that come again and again (tags, OBIS codes,
 /// makes) share one storage, which halves what the records of a large query hold.
+///
+/// Bounded: 256 texts of up to 64 characters, and none of the first few. One thread at a time; the
+/// texts themselves may go to any.
 class shared_texts {
 public:
     /// `ascii` holds ASCII only.

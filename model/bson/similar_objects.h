@@ -26,7 +26,8 @@ namespace bson_utils {
 ///
 /// What is remembered is bounded (some 64 documents of up to 16 KiB), nothing is remembered of the
 /// first few documents nor of those that are not ordered by their keys, as this driver writes them,
-/// and the search is given up where the documents are not alike.
+/// and the search is given up where the documents are not alike. Keeps no reference to a document.
+/// One thread at a time; the objects themselves may go to any.
 class similar_objects {
 public:
     /// Nothing, or what every way of reading the document gives. Not nothing where ordinaryObject
