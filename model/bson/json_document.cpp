@@ -2,6 +2,7 @@
 
 #include "model/bson/bson_builder.h"
 #include "model/bson/utf8_text.h"
+#include "model/json/exact_numbers.h"
 
 #include <QJsonValue>
 #include <QString>
@@ -37,8 +38,6 @@ struct ordinary_text {
     static constexpr bool keepsNulls = true;
     /// Fewer than the reader takes; deeper documents are its business.
     static constexpr int maxDepth = 64;
-    /// From here on a double does not tell which whole number was meant.
-    static constexpr double wholeLimit = 9007199254740992.0;
     /// Far above the smallest numbers, which strtod() reports as out of range.
     static constexpr double fractionLimit = 1e-290;
 
@@ -55,8 +54,10 @@ struct ordinary_text {
 
     static bool append(bson_builder& parent, std::string_view key, double number) {
         const double magnitude = std::abs(number);
-        // The negation is for not-a-number.
-        if (!(magnitude < wholeLimit) || (number == 0 && std::signbit(number))) {
+        // From that limit on a double does not tell which whole number was meant. The negation is
+        // for not-a-number.
+        if (!(magnitude < static_cast<double>(wholeLimit)) ||
+            (number == 0 && std::signbit(number))) {
             return false;
         }
         if (std::trunc(number) != number) {

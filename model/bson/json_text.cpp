@@ -2,6 +2,7 @@
 
 #include "model/bson/bson_error.h"
 #include "model/bson/numeric_locale.h"
+#include "model/json/exact_numbers.h"
 
 #include <QByteArray>
 #include <QJsonDocument>
@@ -31,9 +32,6 @@ constexpr int maxDepth = 100;
 
 /// The parser goes through longer texts more slowly than insertion does.
 constexpr std::size_t maxTextSize = 200;
-
-/// From here on an inserted whole number is rounded to a double, a parsed one is not.
-constexpr std::int64_t wholeLimit = std::int64_t{1} << 53;
 
 bool isUnescaped(char c) {
     return static_cast<unsigned char>(c) >= 0x20 && c != '"' && c != '\\';
@@ -110,7 +108,8 @@ private:
         case BSON_TYPE_INT64: {
             const std::int64_t number = bson_iter_int64(&element);
             writeNumber(number);
-            return -wholeLimit < number && number < wholeLimit;
+            // Others are rounded to a double when they are inserted, and not when they are parsed.
+            return isExactAsDouble(number);
         }
         case BSON_TYPE_DOCUMENT:
             return depth < maxDepth && enter(element, bson_iter_document, children) &&

@@ -1,6 +1,7 @@
 #include "model/bson/ordinary_fields.h"
 
 #include "model/bson/json_text.h"
+#include "model/json/exact_numbers.h"
 
 #include <algorithm>
 #include <array>
@@ -12,9 +13,6 @@
 namespace bson_utils {
 
 namespace {
-
-/// From here on a double does not hold every whole number.
-constexpr std::int64_t wholeLimit = std::int64_t{1} << 53;
 
 constexpr qint64 msecsPerSec = 1000;
 
@@ -106,7 +104,7 @@ QByteArray ordinary_fields::hexBytes(std::string_view key) {
 
 QDateTime ordinary_fields::localTime(std::string_view key) {
     const std::int64_t msecs = next(key, BSON_TYPE_DATE_TIME) ? m_element.int64() : 0;
-    m_ordinary = m_ordinary && -wholeLimit < msecs && msecs < wholeLimit;
+    m_ordinary = m_ordinary && isExactAsDouble(msecs);
     return m_memory.times.at(msecs);
 }
 

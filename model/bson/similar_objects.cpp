@@ -2,6 +2,7 @@
 
 #include "model/bson/element_walk.h"
 #include "model/bson/json_text.h"
+#include "model/json/exact_numbers.h"
 
 #include <bson/bson.h>
 
@@ -28,10 +29,8 @@ constexpr std::size_t largestSmall = 64;
 constexpr std::size_t largestList = 256;
 constexpr int deepest = 8;
 
-/// From here on the parser and QJsonValue may take a whole number in different ways.
-constexpr std::int64_t wholeLimit = std::int64_t{1} << 53;
-
-/// What Qt's parser makes of a value without members; nothing if that is in doubt.
+/// What Qt's parser makes of a value without members; nothing if that is in doubt, as with numbers
+/// of which the parser and QJsonValue may make different ones.
 std::optional<QJsonValue> scalarOf(const element_walk& element) {
     switch (element.type()) {
     case BSON_TYPE_DOUBLE: {
@@ -41,8 +40,7 @@ std::optional<QJsonValue> scalarOf(const element_walk& element) {
     }
     case BSON_TYPE_INT64: {
         const std::int64_t number = element.int64();
-        const bool certain = -wholeLimit < number && number < wholeLimit;
-        return certain ? std::optional{QJsonValue{qint64{number}}} : std::nullopt;
+        return isExactAsDouble(number) ? std::optional{QJsonValue{qint64{number}}} : std::nullopt;
     }
     case BSON_TYPE_INT32:
         return QJsonValue{element.int32()};
@@ -144,7 +142,7 @@ bool similar_objects::isReplaceable(const element_walk& element) const {
     case BSON_TYPE_ARRAY:
         return m_depth < deepest && element.bytes().size() <= largestList;
     default:
-        return element.type() != BSON_TYPE_OID && element.type() != BSON_TYPE_DATE_TIME;
+        return true;
     }
 }
 

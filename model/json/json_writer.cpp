@@ -1,6 +1,6 @@
 #include "model/json/json_writer.h"
 
-#include "model/json/compact_json.h"
+#include "model/json/exact_numbers.h"
 
 #include <QJsonArray>
 
@@ -18,8 +18,6 @@ constexpr int usualSize = 1000;
 /// Longer texts are Qt's; sums of sizes stay far within an int.
 constexpr int maxSize = 1 << 27;
 
-/// Below, a double is exactly what the integer of the same digits is.
-constexpr double wholeLimit = 9007199254740992.0;
 /// Smaller fractions are written with an exponent.
 constexpr double fractionLimit = 0.0001;
 constexpr int maxNumberSize = 32;
@@ -159,8 +157,8 @@ bool json_writer::value(int number) {
 bool json_writer::value(double number) {
     const double size = std::abs(number);
     // Not a number is none of these.
-    const bool isOrdinary =
-        (size >= fractionLimit && size < wholeLimit) || (size == 0.0 && !std::signbit(number));
+    const bool isOrdinary = (size >= fractionLimit && size < static_cast<double>(wholeLimit)) ||
+                            (size == 0.0 && !std::signbit(number));
     if (!isOrdinary || !makeRoom(maxNumberSize)) {
         return false;
     }
@@ -256,12 +254,3 @@ bool json_writer::grow(int size) {
     m_limit = m_text.data() + m_text.size();
     return true;
 }
-
-namespace model_convertors {
-
-QByteArray compactJson(const QJsonObject& object) {
-    json_writer json;
-    return json.value(object) ? json.take() : plainJson(object);
-}
-
-} // namespace model_convertors
