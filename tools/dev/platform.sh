@@ -93,7 +93,8 @@ install_packages_if_missing() {
 # preset ends with the machine's run.
 keep_servers_from_starting() {
     mkdir -p "$(dirname "$SYSTEMD_PRESET")"
-    printf 'disable %s\n' redis-server.service postgresql.service wmbusmeters.service >"$SYSTEMD_PRESET"
+    printf 'disable %s\n' redis-server.service postgresql.service stunnel4.service \
+        wmbusmeters.service >"$SYSTEMD_PRESET"
     [[ ! -e $POLICY ]] || return 0
     cat >"$POLICY.new" <<POLICY
 #!/bin/sh
