@@ -33,10 +33,6 @@ using namespace literals;
 
 namespace {
 
-void needInstance() {
-    static const mongocxx::v1::instance instance;
-}
-
 // Splits mongodb://hosts/database?options after the hosts; the slash may be missing.
 std::size_t endOfHosts(const std::string& url) {
     const std::size_t hosts = url.find("://") + 3;
@@ -92,12 +88,16 @@ listed_index listed(const bsoncxx::v1::document::view& index) {
 
 } // namespace
 
+void needMongoInstance() {
+    static const mongocxx::v1::instance instance;
+}
+
 std::string mongoUrl() {
     const char* url = std::getenv("MONGODB_URL");
     if (url == nullptr || *url == '\0') {
         throw std::runtime_error("MONGODB_URL names no server; run the tests with ./dev test");
     }
-    needInstance();
+    needMongoInstance();
     return url;
 }
 
@@ -119,7 +119,7 @@ std::string mongoUrlOfDatabase(std::string_view database) {
 }
 
 std::string unreachableMongoUrl() {
-    needInstance();
+    needMongoInstance();
     // Port 1 of the own machine refuses at once.
     return "mongodb://127.0.0.1:1/?serverSelectionTimeoutMS=200&connectTimeoutMS=200";
 }

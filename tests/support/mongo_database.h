@@ -16,9 +16,12 @@
 
 namespace test_support {
 
+/// Creates the MongoDB driver's process-wide instance, as a host does, unless there is one.
+void needMongoInstance();
+
 /// The MongoDB server of the environment variable MONGODB_URL. Throws std::runtime_error without
 /// one: a missing server is a failure, never a skip. Creates the MongoDB driver's process-wide
-/// instance, as a host does.
+/// instance.
 std::string mongoUrl();
 
 /// The same server with one more connection option ("appname=test").

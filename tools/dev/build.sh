@@ -91,6 +91,7 @@ command_test() {
     options+=(-LE "^($left_out)$")
     build_preset "$TEST_PRESET" strict
     [[ ! -f build/.last-plugin ]] || export_plugin
+    export_server_programs
     start_servers
     rm -rf "$cases"
     [[ -n $TEST_REGEX ]] || export GTEST_OUTPUT=xml:$cases/

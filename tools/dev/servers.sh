@@ -30,6 +30,13 @@ start_servers() {
     fi
 }
 
+# For tests that start, and kill, servers of their own. (They have Redis from PATH.)
+export_server_programs() {
+    build_ferretdb
+    find_postgresql
+    export KELVRO_FERRETDB=$FERRETDB KELVRO_POSTGRESQL_BIN=$PG_BIN
+}
+
 make_server_folder() {
     remove_stale_server_folders
     # Directly below /tmp, for the path of a socket in it has to be short.
@@ -267,6 +274,7 @@ command_with_servers() {
         unlock "$PROJECT/build/.lock" # what runs now may go on for hours
     fi
     [[ ! -f $PROJECT/build/.last-plugin ]] || export_plugin
+    export_server_programs
     start_servers
     run_child "$@"
 }
