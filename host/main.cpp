@@ -1,6 +1,7 @@
 #include "host/console.h"
 #include "host/demo/demo.h"
 #include "host/input/settings.h"
+#include "host/mongo_log.h"
 #include "host/plot/plot_command.h"
 
 #include <CLI/CLI.hpp>
@@ -11,6 +12,7 @@
 #include <exception>
 #include <iostream>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -52,7 +54,8 @@ void addCommonOptions(CLI::App& command, Options& options, CommandLine& given) {
             "REDIS_URL");
     addText(command, "--readings", options.readingsFile,
             "Readings of an electricity meter, one JSON object a line");
-    command.add_flag("--verbose", given.verbose, "Show the plug-in's own log lines");
+    command.add_flag("--verbose", given.verbose,
+                     "Show the plug-in's and the MongoDB driver's own log lines");
 }
 
 CLI::App* addDemo(CLI::App& app, CommandLine& given) {
@@ -103,7 +106,7 @@ ExitStatus run(int argc, char** argv) {
         QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
     }
     // The MongoDB driver wants one instance per process, older and longer-lived than all use.
-    const mongocxx::v1::instance mongoDriver;
+    const mongocxx::v1::instance mongoDriver{std::make_unique<host::MongoLog>()};
     auto console = host::Console::standardOutput();
     given.demo.settings = given.plot.settings = readSettings(given);
     if (demo->parsed()) {

@@ -51,9 +51,25 @@ bool letsIn(const Response& response) {
 }
 
 std::string refusalText(const Response& response) {
-    return response.isErrorMessage() ? response.errorMessage().toStdString()
-                                     : "the answer is not that of a Redis server";
+    if (!response.isErrorMessage()) {
+        return "the answer is not that of a Redis server";
+    }
+    // Of a command that it does not know the server repeats the arguments, be it the password.
+    const std::string text = response.errorMessage().toStdString();
+    return text.substr(0, text.find(", with args "));
 }
+
+/// Leaves nothing of a text's bytes in memory.
+class Overwriting {
+public:
+    explicit Overwriting(std::string& text) : m_text(text) {}
+    ~Overwriting() { ::explicit_bzero(m_text.data(), m_text.size()); }
+    Overwriting(const Overwriting&) = delete;
+    Overwriting& operator=(const Overwriting&) = delete;
+
+private:
+    std::string& m_text;
+};
 
 constexpr std::string_view lineEnd = "\r\n";
 /// At the most.
@@ -84,6 +100,8 @@ void Session::introduce(const ConnectionConfig& config, Clock::time_point deadli
         }
     };
     if (!config.auth().isEmpty()) {
+        // The buffer is kept, and memory that is given back is not cleared.
+        const Overwriting afterwards(m_command);
         const Response response = say({"AUTH", config.auth()});
         if (response.getValue() != QByteArray("OK")) {
             throw std::runtime_error("AUTH: " + refusalText(response));

@@ -1,6 +1,7 @@
 #include "host/input/settings.h"
 
 #include "host/failure.h"
+#include "host/input/mongo_url.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -28,6 +29,18 @@ QJsonObject parseRedisUrl(const QString& text) {
     return redis;
 }
 
+/// Throws Failure, which begins with `origin`, if the connection string must not be handed on.
+void checkMongoUrl(const QString& url, const QString& origin) {
+    if (const auto fault = mongoUrlFault(url); !fault.isEmpty()) {
+        throw Failure(origin + QLatin1Char(' ') + fault);
+    }
+}
+
+bool holdSecrets(const QJsonObject& settings) {
+    return settings.value(QLatin1String("url")).toString().contains(QLatin1Char('@')) ||
+           !redisSettings(settings).auth.isEmpty();
+}
+
 } // namespace
 
 QJsonObject readSettings(const QString& fileName) {
@@ -47,8 +60,14 @@ QJsonObject readSettings(const QString& fileName) {
         throw Failure(QStringLiteral("the settings file %1 is not a JSON object").arg(fileName));
     }
     auto settings = document.object();
-    if (settings.value(QLatin1String("url")).toString().isEmpty()) {
+    const auto url = settings.value(QLatin1String("url")).toString();
+    if (url.isEmpty()) {
         throw Failure(QStringLiteral("the settings file %1 has no \"url\" text").arg(fileName));
+    }
+    checkMongoUrl(url, QStringLiteral("the \"url\" of the settings file %1").arg(fileName));
+    if (file.permissions().testFlag(QFileDevice::ReadOther) && holdSecrets(settings)) {
+        qWarning("the settings file %s has a password in it, and every user may read it",
+                 qUtf8Printable(fileName));
     }
     return settings;
 }
@@ -59,6 +78,7 @@ QJsonObject settingsFromEnvironment() {
         throw Failure(QStringLiteral("neither a settings file (--settings) nor MONGODB_URL says "
                                      "where the servers are"));
     }
+    checkMongoUrl(mongo, QStringLiteral("MONGODB_URL"));
     QJsonObject settings{{QStringLiteral("url"), mongo}};
     if (const auto redis = qEnvironmentVariable("REDIS_URL"); !redis.isEmpty()) {
         settings.insert(QStringLiteral("redis"), parseRedisUrl(redis));
@@ -81,9 +101,10 @@ RedisSettings redisSettings(const QJsonObject& settings) {
 }
 
 QString serverName(const QJsonObject& settings) {
-    static const QRegularExpression credentials(QStringLiteral("//[^/]*@"));
+    static const QRegularExpression credentials(QStringLiteral("//.*@"));
     return settings.value(QLatin1String("url"))
         .toString()
+        .section(QLatin1Char('?'), 0, 0)
         .replace(credentials, QStringLiteral("//"));
 }
 

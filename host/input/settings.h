@@ -7,13 +7,15 @@ namespace host {
 
 /// Reads the plug-in's settings from a JSON file:
 /// {"url": "mongodb://…", "redis": {"host", "auth", "name", "port", "cleint_db", "state_db",
-/// "queue_db"}}. Throws Failure, naming the file, if it cannot be read, is no JSON object or has no
-/// "url" text. Everything else is the plug-in's to judge.
+/// "queue_db"}}. Throws Failure, naming the file, if it cannot be read, is no JSON object, has no
+/// "url" text or has one that mongoUrlFault() objects to. Everything else is the plug-in's to
+/// judge. A file with a password in it that every user may read gets a warning in the log.
 QJsonObject readSettings(const QString& fileName);
 
 /// The settings for the servers that the environment names: MONGODB_URL and
 /// REDIS_URL=redis://[:password@]host[:port]. Throws Failure, naming the variable, if MONGODB_URL
-/// is not set or REDIS_URL is no such address; without REDIS_URL the plug-in's defaults stand.
+/// is not set or mongoUrlFault() objects to it, or REDIS_URL is no such address; without REDIS_URL
+/// the plug-in's defaults stand.
 QJsonObject settingsFromEnvironment();
 
 /// What the plug-in reads from the "redis" object of the settings, defaults filled in.
@@ -28,7 +30,8 @@ struct RedisSettings {
 };
 RedisSettings redisSettings(const QJsonObject& settings);
 
-/// The MongoDB connection string of the settings without user name and password, for messages.
+/// The MongoDB connection string of the settings for messages: without user name and password, and
+/// without the options, which may be secrets too.
 QString serverName(const QJsonObject& settings);
 
 /// HOST:PORT of the settings' Redis server, with the plug-in's defaults.

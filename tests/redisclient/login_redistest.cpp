@@ -12,6 +12,7 @@ using RedisClient::Connection;
 using RedisClient::ConnectionConfig;
 using RedisClient::Response;
 using test_support::RedisServer;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 class RedisLogin : public testing::Test {
@@ -77,6 +78,23 @@ TEST_F(RedisLogin, TakesBlanksQuotesLineEndsAndZerosInThePassword) {
 
     EXPECT_TRUE(connection.connect());
     EXPECT_THAT(causeOfFailure(config(password.left(password.size() - 2))), HasSubstr("WRONGPASS"));
+}
+
+// A server without AUTH answers with what it was told.
+TEST_F(RedisLogin, DoesNotRepeatThePasswordToAServerThatDoesNotKnowTheCommand) {
+    const RedisServer unknowing(
+        {QStringLiteral("--rename-command"), QStringLiteral("AUTH"), QString()});
+    Connection connection(
+        ConnectionConfig(QStringLiteral("127.0.0.1"), QStringLiteral("se cret"), unknowing.port()));
+    connection.connect();
+
+    try {
+        connection.commandSync({"PING"}, 0);
+        FAIL() << "the server took the password";
+    } catch (const Connection::Exception& exception) {
+        EXPECT_THAT(exception.what(),
+                    EndsWith(": PING: not connected: AUTH: ERR unknown command 'AUTH'"));
+    }
 }
 
 TEST_F(RedisLogin, ShowsTheNameInTheListOfClients) {

@@ -1,6 +1,7 @@
 #include "host/input/settings.h"
 
 #include "host/failure.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
 
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <vector>
 
 namespace {
 
@@ -65,6 +67,47 @@ TEST_F(SettingsFile, RefusesJsonThatIsNoObject) {
 TEST_F(SettingsFile, RefusesAnObjectWithoutUrl) {
     const auto fileName = write(R"({"redis":{}})");
     EXPECT_EQ(failureOf(fileName), "the settings file "_q + fileName + " has no \"url\" text"_q);
+}
+
+TEST_F(SettingsFile, RefusesAPasswordWithUnescapedCharactersWithoutRepeatingIt) {
+    const auto fileName = write(R"({"url":"mongodb://u:se@cret@h/"})");
+    const auto failure = failureOf(fileName);
+    EXPECT_TRUE(failure.startsWith("the \"url\" of the settings file "_q + fileName +
+                                   " has an unescaped @ in the user name or password"_q))
+        << failure.toStdString();
+    EXPECT_FALSE(failure.contains("cret"_q));
+}
+
+class OpenSettingsFile : public SettingsFile {
+protected:
+    std::vector<test_support::log_line> linesAbout(const QByteArray& text, bool isOpen = true) {
+        const auto fileName = write(text);
+        auto permissions = QFile::permissions(fileName);
+        permissions.setFlag(QFile::ReadOther, isOpen);
+        QFile::setPermissions(fileName, permissions);
+        const test_support::log_capture log;
+        host::readSettings(fileName);
+        return log.lines();
+    }
+};
+
+TEST_F(OpenSettingsFile, GetsAWarningIfItHoldsAPassword) {
+    for (const auto* const text :
+         {R"({"url":"mongodb://u:p@h/"})", R"({"url":"mongodb://h/","redis":{"auth":"a"}})"}) {
+        const auto lines = linesAbout(text);
+        ASSERT_EQ(lines.size(), 1U) << text;
+        EXPECT_EQ(lines.front().type, QtWarningMsg);
+        EXPECT_TRUE(lines.front().text.endsWith(
+            "settings.json has a password in it, and every user may read it"_q));
+    }
+}
+
+TEST_F(OpenSettingsFile, GetsNoWarningIfItHoldsNone) {
+    EXPECT_TRUE(linesAbout(R"({"url":"mongodb://h/","redis":{"auth":""}})").empty());
+}
+
+TEST_F(OpenSettingsFile, GetsNoWarningOnceItIsClosedToOthers) {
+    EXPECT_TRUE(linesAbout(R"({"url":"mongodb://u:p@h/"})", false).empty());
 }
 
 TEST(RedisSettings, HaveThePluginsDefaults) {
@@ -161,9 +204,22 @@ TEST_F(EnvironmentSettings, NameTheVariableThatIsMissing) {
                          "servers are"_q);
 }
 
-TEST(ServerName, LeavesOutUserNameAndPassword) {
+TEST_F(EnvironmentSettings, RefuseAMongoUrlWithUnescapedCharactersWithoutRepeatingIt) {
+    qputenv("MONGODB_URL", "mongodb://u:se/cret@h/");
+    EXPECT_TRUE(
+        failure().startsWith("MONGODB_URL has an unescaped / in the user name or password"_q));
+    EXPECT_FALSE(failure().contains("cret"_q));
+}
+
+TEST(ServerName, LeavesOutUserNamePasswordAndOptions) {
     EXPECT_EQ(host::serverName({{"url"_q, "mongodb://user:p%40ss@a:1,b:2/x?y=z@w"_q}}),
-              "mongodb://a:1,b:2/x?y=z@w"_q);
+              "mongodb://a:1,b:2/x"_q);
+}
+
+TEST(ServerName, LeavesOutAPasswordThatIsNotWrittenAsItShouldBe) {
+    for (const auto* const url : {"mongodb://u:se/cret@h/", "mongodb://u:se@cret@h/"}) {
+        EXPECT_EQ(host::serverName({{"url"_q, QString::fromUtf8(url)}}), "mongodb://h/"_q);
+    }
 }
 
 TEST(ServerName, KeepsAUrlWithoutThem) {
