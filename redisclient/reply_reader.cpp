@@ -42,6 +42,10 @@ struct ReplyReader::Callbacks {
         const auto bytes = [&] { return QByteArray(text, static_cast<int>(size)); };
         switch (task->type) {
         case REDIS_REPLY_STRING:
+            // hiredis skips two bytes there, whatever they are.
+            if (text[size] != '\r' || text[size + 1] != '\n') {
+                return refuse(*task, "the length of a text is wrong");
+            }
             return put(*task, Response::Bulk, bytes);
         case REDIS_REPLY_STATUS:
             return put(*task, Response::Status, bytes);

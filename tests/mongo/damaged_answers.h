@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/support/mongo_proxy.h"
+#include "tests/support/mongo_wire.h"
 
 #include <QString>
 
@@ -13,11 +13,11 @@ public:
 
     explicit damaged_answers(const std::string& database)
         : repository(m_client.database(database)) {
-        m_proxy.damageAnswers(text().toStdString(), "to be\xff\xff\xff\xff\xff\xff\xff");
+        m_proxy.damageAnswers(text().toUtf8(), "to be\xff\xff\xff\xff\xff\xff\xff");
     }
 
 private:
-    test_support::mongo_proxy m_proxy;
+    test_support::MongoProxy m_proxy;
     test_support::recording_client m_client{m_proxy.url()};
 
 public:

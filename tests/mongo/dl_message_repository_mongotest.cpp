@@ -1,8 +1,6 @@
 #include "mongo/dl_message_repository.h"
 
-#include "mongo/db_driver_mongo.h"
 #include "tests/mongo/downlink_repository_fixture.h"
-#include "tests/support/mongo_proxy.h"
 #include "tests/support/record_equality.h"
 
 #include <bsoncxx/v1/exception.hpp>
@@ -334,25 +332,6 @@ TEST_F(UnreachableDownlinkRepository, SaveThrowsTheDriversExceptionAndLeavesTheR
 
     EXPECT_THROW(repository.SaveMessage(message), mongocxx::v1::exception);
     EXPECT_EQ(differences(message, downlink{}.record()), "");
-    EXPECT_THAT(log.lines(), IsEmpty());
-}
-
-class MuteServer : public testing::Test {
-protected:
-    log_capture log;
-    mongo_proxy proxy;
-    mongo::DbDriverMongo driver{proxy.url() + "&connectTimeoutMS=300&socketTimeoutMS=300"};
-};
-
-TEST_F(MuteServer, IsGivenUpWhenTheTimeOfTheConnectionStringIsUp) {
-    proxy.stayMute();
-    const auto before = std::chrono::steady_clock::now();
-    EXPECT_THROW(driver.DlMessageRepository()->GetCommands(downlinksOf({7})),
-                 mongocxx::v1::exception);
-    const auto taken = std::chrono::steady_clock::now() - before;
-
-    EXPECT_GE(taken, std::chrono::milliseconds{250});
-    EXPECT_LT(taken, std::chrono::seconds{5}); // the driver's own default is ten
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 

@@ -1,5 +1,5 @@
 #include "tests/mongo/persistent_store_fixture.h"
-#include "tests/support/mongo_proxy.h"
+#include "tests/support/mongo_wire.h"
 
 #include <bsoncxx/v1/exception.hpp>
 
@@ -28,7 +28,7 @@ protected:
         return names;
     }
 
-    test_support::mongo_proxy proxy;
+    test_support::MongoProxy proxy;
     Store watched{proxy.url()};
 };
 

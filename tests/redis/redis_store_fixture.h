@@ -5,8 +5,8 @@
 #include "tests/support/mongo_database.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
-#include "tests/support/redis_proxy.h"
 #include "tests/support/redis_server.h"
+#include "tests/support/redis_wire.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 #include "redisclient/redisclient.h"
 #include "tests/support/eventually.h"
-#include "tests/support/redis_proxy.h"
 #include "tests/support/redis_server.h"
+#include "tests/support/redis_wire.h"
 #include "tests/support/stopwatch.h"
 
 #include <gmock/gmock.h>
@@ -167,57 +167,7 @@ TEST_F(RedisConnection, ReportsThatThePasswordWasChangedMeanwhile) {
     EXPECT_FALSE(server.run({"GET", "key"}).isValid());
 }
 
-// The connection was lost under a command
-
-TEST_F(RedisConnection, DoesNotSendACommandTwiceWhoseAnswerWasLost) {
-    RedisProxy proxy(server.port());
-    Connection connection(configFor(proxy.port()));
-    connection.connect();
-    proxy.cutAfterReplyBytes(0);
-
-    EXPECT_THAT(failureOf(connection, {"INCR", "key"}), HasSubstr("INCR"));
-    connection.commandSync({"PING"}, 0);
-
-    EXPECT_EQ(server.run({"GET", "key"}), QVariant(QByteArray("1")));
-}
-
-TEST_F(RedisConnection, DoesNotSendTheRestOfACommandOverANewConnection) {
-    RedisProxy proxy(server.port());
-    Connection connection(configFor(proxy.port()));
-    connection.connect();
-    proxy.cutAfterRequestBytes(10);
-
-    failureOf(connection, {"INCR", "key"});
-    connection.commandSync({"PING"}, 0);
-
-    EXPECT_FALSE(server.run({"GET", "key"}).isValid());
-    EXPECT_EQ(server.callsOf("incr"), 0);
-}
-
-TEST_F(RedisConnection, ReadsTheNextAnswerFromItsStartAfterOneWasCutShort) {
-    server.run({"MSET", "long", QByteArray(1000, 'x'), "short", "value"});
-    RedisProxy proxy(server.port());
-    Connection connection(configFor(proxy.port()));
-    connection.connect();
-    proxy.cutAfterReplyBytes(100);
-
-    failureOf(connection, {"GET", "long"});
-
-    EXPECT_EQ(connection.commandSync({"GET", "short"}, 0).getValue(),
-              QVariant(QByteArray("value")));
-}
-
-TEST_F(RedisConnection, SendsTheCommandWhenOnlyTheAnswerToSelectWasLost) {
-    RedisProxy proxy(server.port());
-    Connection connection(configFor(proxy.port()));
-    connection.connect();
-    proxy.cutAfterReplyBytes(0);
-
-    connection.commandSync({"INCR", "key"}, 2);
-
-    EXPECT_EQ(server.run({"GET", "key"}, 2), QVariant(QByteArray("1")));
-    EXPECT_EQ(proxy.connections(), 2);
-}
+// The connection was lost under a command; more of that in tests/wire
 
 TEST_F(RedisConnection, ReconnectsOnlyOnceForACommand) {
     RedisProxy proxy(server.port());

@@ -29,6 +29,20 @@ int FakePeer::connections() const {
     return static_cast<int>(m_conversations.size());
 }
 
+void FakePeer::endConnections() {
+    const std::lock_guard lock(m_mutex);
+    for (Conversation& conversation : m_conversations) {
+        conversation.socket.stop();
+    }
+}
+
+void FakePeer::resetConnections() {
+    const std::lock_guard lock(m_mutex);
+    for (Conversation& conversation : m_conversations) {
+        conversation.socket.reset();
+    }
+}
+
 void FakePeer::acceptAll() {
     for (int number = 1;; ++number) {
         TestSocket socket;

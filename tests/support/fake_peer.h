@@ -28,6 +28,10 @@ public:
     int port() const { return m_port; }
     int connections() const;
 
+    /// Those that there are now. More may come.
+    void endConnections();
+    void resetConnections();
+
     /// Answers PING; gives the next other command (empty at the end).
     static QList<QByteArray> afterPing(TestSocket& client);
 

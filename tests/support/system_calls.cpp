@@ -6,10 +6,14 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
+#include <ctime>
 #include <thread>
+#include <utility>
 
 namespace test_support {
 
@@ -18,6 +22,9 @@ namespace {
 thread_local Interruptions* interruptions = nullptr;
 thread_local std::chrono::milliseconds lookupDelay{0};
 thread_local RedirectedPort* redirectedPort = nullptr;
+thread_local std::chrono::nanoseconds skipped{0};
+thread_local const SkippedWaits* skippedWaits = nullptr;
+thread_local const NameWithAddresses* named = nullptr;
 
 template <typename Function>
 Function* theSystems(const char* name) {
@@ -60,6 +67,36 @@ bool Interruptions::take(SystemCall call) {
     return true;
 }
 
+void skipTime(std::chrono::nanoseconds time) {
+    skipped += time;
+}
+
+SkippedWaits::SkippedWaits(std::function<bool(int port)> isSilent)
+    : m_isSilent(std::move(isSilent)) {
+    skippedWaits = this;
+}
+
+SkippedWaits::~SkippedWaits() {
+    skippedWaits = nullptr;
+}
+
+bool SkippedWaits::isSilent(int fd) const {
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    const bool isConnected = ::getpeername(fd, reinterpret_cast<sockaddr*>(&address), &size) == 0;
+    ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
+    return !isConnected || m_isSilent(ntohs(address.sin_port));
+}
+
+NameWithAddresses::NameWithAddresses(std::string name, std::vector<std::string> addresses)
+    : m_name(std::move(name)), m_addresses(std::move(addresses)) {
+    named = this;
+}
+
+NameWithAddresses::~NameWithAddresses() {
+    named = nullptr;
+}
+
 SlowNameLookup::SlowNameLookup(std::chrono::milliseconds delay) {
     lookupDelay = delay;
 }
@@ -90,7 +127,45 @@ int connect(int fd, const sockaddr* address, socklen_t size) {
 
 int poll(pollfd* watched, nfds_t count, int timeoutMsecs) {
     static const auto call = theSystems<decltype(::poll)>("poll");
-    return Interruptions::take(SystemCall::poll) ? -1 : call(watched, count, timeoutMsecs);
+    if (Interruptions::take(SystemCall::poll)) {
+        return -1;
+    }
+    if (!skippedWaits || timeoutMsecs <= 0) {
+        return call(watched, count, timeoutMsecs);
+    }
+    for (int left = timeoutMsecs;; --left) {
+        // What is silent gets a moment too: it may have closed, or been refused.
+        const int ready = call(watched, count, 1);
+        if (ready != 0 || left <= 1) {
+            return ready;
+        }
+        if (std::all_of(watched, watched + count,
+                        [](const pollfd& each) { return skippedWaits->isSilent(each.fd); })) {
+            skipTime(std::chrono::milliseconds(left));
+            return 0;
+        }
+    }
+}
+
+int usleep(useconds_t usecs) {
+    static const auto call = theSystems<decltype(::usleep)>("usleep");
+    if (!skippedWaits) {
+        return call(usecs);
+    }
+    skipTime(std::chrono::microseconds(usecs));
+    return 0;
+}
+
+int clock_gettime(clockid_t clock, timespec* time) {
+    static const auto call = theSystems<decltype(::clock_gettime)>("clock_gettime");
+    const int result = call(clock, time);
+    if ((clock == CLOCK_MONOTONIC || clock == CLOCK_MONOTONIC_RAW) && result == 0) {
+        const auto later =
+            std::chrono::seconds(time->tv_sec) + std::chrono::nanoseconds(time->tv_nsec) + skipped;
+        time->tv_sec = std::chrono::duration_cast<std::chrono::seconds>(later).count();
+        time->tv_nsec = (later % std::chrono::seconds(1)).count();
+    }
+    return result;
 }
 
 ssize_t recv(int fd, void* buffer, std::size_t size, int flags) {
@@ -106,7 +181,20 @@ ssize_t send(int fd, const void* buffer, std::size_t size, int flags) {
 int getaddrinfo(const char* name, const char* service, const addrinfo* hints, addrinfo** list) {
     static const auto call = theSystems<decltype(::getaddrinfo)>("getaddrinfo");
     std::this_thread::sleep_for(lookupDelay);
-    return call(name, service, hints, list);
+    if (!named || name != named->name()) {
+        return call(name, service, hints, list);
+    }
+    // One list after the other; glibc frees it element by element.
+    addrinfo** end = list;
+    for (const std::string& address : named->addresses()) {
+        if (const int failure = call(address.c_str(), service, hints, end)) {
+            return failure;
+        }
+        while (*end) {
+            end = &(*end)->ai_next;
+        }
+    }
+    return 0;
 }
 
 } // extern "C"

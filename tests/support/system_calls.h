@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -33,6 +34,44 @@ private:
     SystemCall m_call;
     int m_left;
     int m_error;
+};
+
+/// Lets that time go by for this thread, without waiting and for good: such a clock never goes
+/// back. Only the clock that tells how long something takes.
+void skipTime(std::chrono::nanoseconds time);
+
+/// While it lives, a usleep() of this thread, and a poll() that would only wait out its time, is
+/// over at once, and the time skipped, so that time-outs of any length can be seen. What a poll()
+/// watches is asked about: a connection that is being made says nothing by itself, and of others
+/// `isSilent` knows whether something will come, by the local port.
+class SkippedWaits {
+public:
+    explicit SkippedWaits(std::function<bool(int port)> isSilent);
+    ~SkippedWaits();
+    SkippedWaits(const SkippedWaits&) = delete;
+    SkippedWaits& operator=(const SkippedWaits&) = delete;
+
+    /// For system_calls.cpp.
+    bool isSilent(int fd) const;
+
+private:
+    std::function<bool(int port)> m_isSilent;
+};
+
+/// While it lives, look-ups of the name by this thread find these IPv4 addresses, in this order.
+class NameWithAddresses {
+public:
+    NameWithAddresses(std::string name, std::vector<std::string> addresses);
+    ~NameWithAddresses();
+    NameWithAddresses(const NameWithAddresses&) = delete;
+    NameWithAddresses& operator=(const NameWithAddresses&) = delete;
+
+    const std::string& name() const { return m_name; }
+    const std::vector<std::string>& addresses() const { return m_addresses; }
+
+private:
+    std::string m_name;
+    std::vector<std::string> m_addresses;
 };
 
 /// While it lives, this thread's look-ups of names take that long.

@@ -1,13 +1,16 @@
 #include "tests/support/test_socket.h"
 
 #include <arpa/inet.h>
+#include <netdb.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -69,11 +72,19 @@ TestSocket& TestSocket::operator=(TestSocket&& other) noexcept {
     return *this;
 }
 
-TestSocket TestSocket::listenOn(const char* address, int backlog) {
+TestSocket TestSocket::listenOn(const char* address, int backlog, int port) {
+    TestSocket socket = bound(address, port);
+    checked(::listen(socket.fd(), backlog), "listen");
+    return socket;
+}
+
+TestSocket TestSocket::bound(const char* address, int port) {
     sockaddr_in6 name6{};
     name6.sin6_family = AF_INET6;
+    name6.sin6_port = htons(static_cast<in_port_t>(port));
     sockaddr_in name{};
     name.sin_family = AF_INET;
+    name.sin_port = htons(static_cast<in_port_t>(port));
     const bool isIpv6 = ::inet_pton(AF_INET6, address, &name6.sin6_addr) == 1;
     if (!isIpv6 && ::inet_pton(AF_INET, address, &name.sin_addr) != 1) {
         throw std::invalid_argument(std::string("no address: ") + address);
@@ -83,23 +94,30 @@ TestSocket TestSocket::listenOn(const char* address, int backlog) {
     checked(isIpv6 ? ::bind(socket.fd(), reinterpret_cast<sockaddr*>(&name6), sizeof name6)
                    : ::bind(socket.fd(), reinterpret_cast<sockaddr*>(&name), sizeof name),
             address);
-    checked(::listen(socket.fd(), backlog), "listen");
     return socket;
 }
 
-TestSocket TestSocket::connectedTo(int port) {
-    TestSocket socket(checked(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket"));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<in_port_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    checked(::connect(socket.fd(), reinterpret_cast<sockaddr*>(&address), sizeof address),
-            "connect to the server behind a test peer");
-    return socket;
+TestSocket TestSocket::connectedTo(int port, const std::string& host) {
+    addrinfo* found = nullptr;
+    if (::getaddrinfo(host.c_str(), std::to_string(port).c_str(), nullptr, &found) != 0) {
+        throw std::invalid_argument("no host: " + host);
+    }
+    const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> addresses(found, &::freeaddrinfo);
+    for (const addrinfo* address = found; address; address = address->ai_next) {
+        TestSocket socket(
+            checked(::socket(address->ai_family, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket"));
+        if (::connect(socket.fd(), address->ai_addr, address->ai_addrlen) == 0) {
+            return socket;
+        }
+    }
+    throw std::system_error(errno, std::generic_category(), "connect to the server behind a peer");
 }
 
 TestSocket TestSocket::accept() const {
-    return TestSocket(checked(::accept4(m_fd, nullptr, nullptr, SOCK_CLOEXEC), "accept"));
+    TestSocket socket(checked(::accept4(m_fd, nullptr, nullptr, SOCK_CLOEXEC), "accept"));
+    const int atOnce = 1;
+    ::setsockopt(socket.fd(), IPPROTO_TCP, TCP_NODELAY, &atOnce, sizeof atOnce);
+    return socket;
 }
 
 int TestSocket::port() const {
@@ -107,6 +125,13 @@ int TestSocket::port() const {
     sockaddr_in6 address{};
     socklen_t size = sizeof address;
     checked(::getsockname(m_fd, reinterpret_cast<sockaddr*>(&address), &size), "getsockname");
+    return ntohs(address.sin6_port);
+}
+
+int TestSocket::peerPort() const {
+    sockaddr_in6 address{};
+    socklen_t size = sizeof address;
+    checked(::getpeername(m_fd, reinterpret_cast<sockaddr*>(&address), &size), "getpeername");
     return ntohs(address.sin6_port);
 }
 
@@ -176,6 +201,12 @@ void TestSocket::endWriting() {
 
 void TestSocket::stop() {
     ::shutdown(m_fd, SHUT_RDWR);
+}
+
+void TestSocket::reset() {
+    // Linux takes the address of no family for the wish to be connected no longer.
+    const sockaddr none{.sa_family = AF_UNSPEC, .sa_data = {}};
+    ::connect(m_fd, &none, sizeof none);
 }
 
 } // namespace test_support
