@@ -50,6 +50,7 @@ std::set<binding> bindingsOf(const QString& test) {
     environment.insert("LD_DEBUG"_q, "bindings"_q);
     environment.insert("LD_DEBUG_OUTPUT"_q, folder.filePath("bindings"_q));
     environment.insert("LD_BIND_NOW"_q, "1"_q);
+    environment.remove("GTEST_OUTPUT"_q);
     QProcess process;
     process.setProcessEnvironment(environment);
     process.setProcessChannelMode(QProcess::MergedChannels);
