@@ -21,15 +21,42 @@ redis_conf redisConf(const QJsonObject& settings) {
     return redis_conf_from_json(settings.value(QLatin1String("redis")).toObject());
 }
 
+/// False for a type of another size or kind than `Type`.
+template <typename Type>
+bool canBe(const QMetaType& known) {
+    constexpr int declared = QMetaType::WasDeclaredAsMetaType; // or not: the same type to Qt
+    constexpr int flags = QtPrivate::QMetaTypeTypeFlags<Type>::Flags;
+    return known.sizeOf() == sizeof(Type) && (known.flags() | declared) == (flags | declared);
+}
+
+/// Registers the type under all of the names, as one. A name that means something else, in a host
+/// with a Redis client of its own perhaps, is left alone: Qt would end the process over it.
+template <typename Type>
+void registerMetaType(std::initializer_list<const char*> names) {
+    int id = QMetaType::UnknownType;
+    for (const char* name : names) {
+        if (const QMetaType known(QMetaType::type(name)); known.isValid()) {
+            if (canBe<Type>(known)) {
+                id = known.id();
+            } else {
+                qWarning("Kelvrostorage leaves the meta-type name \"%s\" to the host's type", name);
+            }
+        } else if (id != QMetaType::UnknownType) {
+            QMetaType::registerTypedef(name, id);
+        } else {
+            // This very name, and not also the one that the type is declared with.
+            id = qRegisterMetaType<Type>(name, reinterpret_cast<Type*>(quintptr(-1)));
+        }
+    }
+}
+
 } // namespace
 
 DbDriverMongoFactory::DbDriverMongoFactory() {
-    qRegisterMetaType<RedisClient::Command>("Command");
-    qRegisterMetaType<RedisClient::Command>("RedisClient::Command");
-    qRegisterMetaType<RedisClient::Response>("Response");
-    qRegisterMetaType<RedisClient::Response>("RedisClient::Response");
-    qRegisterMetaType<QVector<QVariant*>>("QVector<QVariant*>");
-    qRegisterMetaType<QVariant*>("QVariant*");
+    registerMetaType<RedisClient::Command>({"RedisClient::Command", "Command"});
+    registerMetaType<RedisClient::Response>({"RedisClient::Response", "Response"});
+    registerMetaType<QVector<QVariant*>>({"QVector<QVariant*>"});
+    registerMetaType<QVariant*>({"QVariant*"});
 }
 
 std::shared_ptr<interfaces::IMessagesDatabase>

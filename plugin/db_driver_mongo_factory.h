@@ -14,8 +14,9 @@ class DbDriverMongoFactory final : public QObject, public interfaces::IDatabaseF
     Q_INTERFACES(interfaces::IDatabaseFactory)
 
 public:
-    /// Registers the Redis client's types with Qt's meta-type system, so that the client can pass
-    /// them through queued connections.
+    /// Registers the Redis client's types with Qt's meta-type system, so that a client can pass
+    /// them through queued connections. A name under which the host has registered another type
+    /// before stays the host's; a warning says so, and nothing here depends on it.
     DbDriverMongoFactory();
 
     std::shared_ptr<interfaces::IMessagesDatabase>

@@ -3,7 +3,7 @@
 # also the shell.
 
 JOBS=$(nproc)
-PRESETS=(dev release asan coverage)
+PRESETS=(dev release asan tsan coverage)
 
 # check_usage COMMAND ARGS…: before any set-up, so that a slip costs no minutes.
 check_usage() {
