@@ -1,5 +1,7 @@
-#include "bench/store_contests.h"
+#include "bench/device_client_contests.h"
 
+#include <algorithm>
+#include <iterator>
 #include <list>
 
 namespace bench {
@@ -24,23 +26,11 @@ std::list<QByteArray> infoOf(std::size_t device) {
     return {named("amiplus", device), named("wM-Bus", device)};
 }
 
-void storeClients(RawRedis& redis, std::size_t size) {
-    for (std::size_t device = 0; device < size; ++device) {
-        for (const QByteArray& client : clientsOf(device)) {
-            redis.run({"SADD", keyOf("clients", device), client});
-        }
-        const auto info = infoOf(device);
-        redis.run({"HSET", keyOf("properties", device), "hw_type", info.front(), "protocol",
-                   info.back()});
-    }
-}
-
 /// The raw side sends the commands that `commandsFor(device)` gives; the floor also makes the texts
 /// of the answer.
 template <typename CommandsFor>
 Contest askForEach(Stores& stores, std::size_t size, const Call& plugin, CommandsFor commandsFor,
                    std::list<QByteArray> (*answerOf)(std::size_t device)) {
-    storeClients(stores.emptyRedis(Stores::clientDb), size);
     std::vector<std::vector<std::string>> commands(size);
     std::vector<std::list<QString>> answers(size);
     for (std::size_t device = 0; device < size; ++device) {
@@ -63,7 +53,28 @@ Contest askForEach(Stores& stores, std::size_t size, const Call& plugin, Command
     });
 }
 
-Contest getDeviceClients(Stores& stores, std::size_t size) {
+Prepare storedFirst(Contest (*contest)(Stores& stores, std::size_t size)) {
+    return [contest](Stores& stores, std::size_t size) {
+        storeClients(stores.emptyRedis(Stores::clientDb), 0, size);
+        return contest(stores, size);
+    };
+}
+
+} // namespace
+
+void storeClients(RawRedis& redis, std::size_t begin, std::size_t end) {
+    for (std::size_t device = begin; device < end; ++device) {
+        const auto clients = clientsOf(device);
+        QList<QByteArray> add{"SADD", keyOf("clients", device)};
+        std::copy(clients.begin(), clients.end(), std::back_inserter(add));
+        redis.run(add);
+        const auto info = infoOf(device);
+        redis.run({"HSET", keyOf("properties", device), "hw_type", info.front(), "protocol",
+                   info.back()});
+    }
+}
+
+Contest deviceClientsContest(Stores& stores, std::size_t size) {
     return askForEach(
         stores, size,
         [&repository = stores.clients()](std::size_t device) {
@@ -75,7 +86,7 @@ Contest getDeviceClients(Stores& stores, std::size_t size) {
         clientsOf);
 }
 
-Contest getDeviceInfo(Stores& stores, std::size_t size) {
+Contest deviceInfoContest(Stores& stores, std::size_t size) {
     return askForEach(
         stores, size,
         [&repository = stores.clients()](std::size_t device) {
@@ -88,11 +99,11 @@ Contest getDeviceInfo(Stores& stores, std::size_t size) {
         infoOf);
 }
 
-} // namespace
-
 void addDeviceClients(Comparisons& comparisons, LazyStores& stores) {
-    addForSizes(comparisons, stores, "clients GetDeviceClients", readGoals, getDeviceClients);
-    addForSizes(comparisons, stores, "clients GetDeviceInfo", readGoals, getDeviceInfo);
+    addForSizes(comparisons, stores, "clients GetDeviceClients", readGoals,
+                storedFirst(deviceClientsContest));
+    addForSizes(comparisons, stores, "clients GetDeviceInfo", readGoals,
+                storedFirst(deviceInfoContest));
 }
 
 } // namespace bench

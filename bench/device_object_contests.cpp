@@ -14,13 +14,7 @@
 
 namespace bench {
 
-namespace {
-
-namespace field = layout::persistent;
-using bson_utils::bson_builder;
-
-/// What the raw side sends for each device: made of what the plug-in has stored, so both sides
-/// store the same. Without copies there are no queries and no updates.
+/// Without copies there are no queries and no updates.
 struct RawObjects {
     RawRedis& redis;
     RawCollectionPtr copies;
@@ -30,10 +24,10 @@ struct RawObjects {
     Documents updates;
 };
 
-struct Prepared {
-    DeviceCalls plugin;
-    std::shared_ptr<const RawObjects> raw;
-};
+namespace {
+
+namespace field = layout::persistent;
+using bson_utils::bson_builder;
 
 bsoncxx::v1::document::value queryById(int device) {
     bson_builder query;
@@ -63,9 +57,9 @@ void readTexts(RawRedis& redis, const DeviceObjects& objects, std::size_t size, 
     }
 }
 
-void readCopies(RawObjects& raw) {
-    auto cursor = raw.copies->unmeasured.find(bsoncxx::v1::document::view{},
-                                              mongo::oldestFirst(field::id, 0));
+void readCopies(RawObjects& raw, std::size_t size) {
+    auto cursor = raw.copies->unmeasured.find(
+        bsoncxx::v1::document::view{}, mongo::oldestFirst(field::id, static_cast<int>(size)));
     for (const auto& copy : cursor) {
         const int device = copy[field::id].get_int32().value;
         raw.queries.push_back(queryById(device));
@@ -73,18 +67,39 @@ void readCopies(RawObjects& raw) {
     }
 }
 
-Prepared prepare(Stores& stores, const DeviceObjects& objects, std::size_t size, bool persist) {
+StoredObjects prepare(Stores& stores, const DeviceObjects& objects, std::size_t size,
+                      bool persist) {
     const auto copies = stores.emptyCollection(objects.copies, field::indexes);
     const auto plugin = storeObjects(stores, objects, size, persist);
     copies->require(persist ? size : 0);
-    RawObjects raw{stores.rawRedis(objects.db), copies, {}, {}, {}, {}};
-    readTexts(stores.otherRedis(objects.db), objects, size, raw);
-    readCopies(raw);
-    return {plugin, std::make_shared<const RawObjects>(std::move(raw))};
+    return storedObjects(stores, objects, copies, plugin, size);
 }
 
 Contest push(Stores& stores, const DeviceObjects& objects, std::size_t size, bool persist) {
-    const auto [plugin, raw] = prepare(stores, objects, size, persist);
+    return pushContest(prepare(stores, objects, size, persist), persist);
+}
+
+Contest pull(Stores& stores, const DeviceObjects& objects, std::size_t size, bool fromCopy) {
+    const auto stored = prepare(stores, objects, size, fromCopy);
+    if (fromCopy) {
+        stores.emptyRedis(objects.db);
+    }
+    return pullContest(stored, fromCopy);
+}
+
+} // namespace
+
+StoredObjects storedObjects(Stores& stores, const DeviceObjects& objects,
+                            const RawCollectionPtr& copies, const DeviceCalls& plugin,
+                            std::size_t size) {
+    RawObjects raw{stores.rawRedis(objects.db), copies, {}, {}, {}, {}};
+    readTexts(stores.otherRedis(objects.db), objects, size, raw);
+    readCopies(raw, size);
+    return {plugin, std::make_shared<const RawObjects>(std::move(raw)), size};
+}
+
+Contest pushContest(const StoredObjects& stored, bool persist) {
+    const auto& [plugin, raw, size] = stored;
     mongocxx::v1::update_one_options upsert;
     upsert.upsert(true);
     const Call store = [raw = raw, persist, upsert](std::size_t i) {
@@ -102,11 +117,8 @@ Contest push(Stores& stores, const DeviceObjects& objects, std::size_t size, boo
         store, plugin.write ? writeAndStore : nullptr);
 }
 
-Contest pull(Stores& stores, const DeviceObjects& objects, std::size_t size, bool fromCopy) {
-    const auto [plugin, raw] = prepare(stores, objects, size, fromCopy);
-    if (fromCopy) {
-        stores.emptyRedis(objects.db);
-    }
+Contest pullContest(const StoredObjects& stored, bool fromCopy) {
+    const auto& [plugin, raw, size] = stored;
     const auto fetch = [raw = raw, fromCopy](std::size_t i) {
         auto text = raw->redis.send(raw->gets[i]);
         if (fromCopy) {
@@ -126,8 +138,6 @@ Contest pull(Stores& stores, const DeviceObjects& objects, std::size_t size, boo
             }
         });
 }
-
-} // namespace
 
 DeviceCalls storeObjects(Stores& stores, const DeviceObjects& objects, std::size_t size,
                          bool persist) {

@@ -5,6 +5,7 @@
 #include <hiredis/hiredis.h>
 
 #include <QByteArray>
+#include <QString>
 
 #include <functional>
 #include <memory>
@@ -40,6 +41,33 @@ struct DeviceObjects {
     /// Makes the objects of the devices 0…size-1, for push to store.
     std::function<DeviceCalls(Stores& stores, std::size_t size)> make;
 };
+
+/// Driver states, under the prefix "bench:state".
+DeviceObjects stateObjects();
+DeviceObjects queueObjects();
+
+/// The commands of the raw side.
+struct RawObjects;
+
+/// The objects of some devices, as either side stores and reads them.
+struct StoredObjects {
+    DeviceCalls plugin;
+    std::shared_ptr<const RawObjects> raw;
+    std::size_t size = 0;
+};
+
+/// Takes for the raw side what the plug-in has stored of the devices 0…size-1: so both sides store
+/// the same.
+StoredObjects storedObjects(Stores& stores, const DeviceObjects& objects,
+                            const RawCollectionPtr& copies, const DeviceCalls& plugin,
+                            std::size_t size);
+
+Contest pushContest(const StoredObjects& stored, bool persist);
+/// From the copies there must be no objects of these devices in Redis.
+Contest pullContest(const StoredObjects& stored, bool fromCopy);
+
+/// Reads the states under "bench:KIND", of the devices 0…size-1.
+Contest allStatesContest(Stores& stores, const QString& kind, std::size_t size);
 
 /// Push and Pull, with the copy and without it.
 void addDeviceObjects(Comparisons& comparisons, LazyStores& stores, const DeviceObjects& objects);

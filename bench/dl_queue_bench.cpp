@@ -26,15 +26,18 @@ DeviceCalls makeQueues(Stores& stores, std::size_t size) {
 
 } // namespace
 
+DeviceObjects queueObjects() {
+    return {.name = "queue",
+            .db = Stores::queueDb,
+            .copies = layout::dl_queues::collection,
+            .keyOf = [](int device) { return QByteArray::number(device); },
+            .pushGoals = costAtMost(1.35),
+            .pullGoals = costAtMost(1.5),
+            .make = makeQueues};
+}
+
 void addDownlinkQueues(Comparisons& comparisons, LazyStores& stores) {
-    addDeviceObjects(comparisons, stores,
-                     {.name = "queue",
-                      .db = Stores::queueDb,
-                      .copies = layout::dl_queues::collection,
-                      .keyOf = [](int device) { return QByteArray::number(device); },
-                      .pushGoals = costAtMost(1.35),
-                      .pullGoals = costAtMost(1.5),
-                      .make = makeQueues});
+    addDeviceObjects(comparisons, stores, queueObjects());
 }
 
 } // namespace bench

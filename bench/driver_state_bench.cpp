@@ -16,8 +16,14 @@ namespace bench {
 
 namespace {
 
+const QString states = QStringLiteral("state");
+
+QByteArray startOf(const QString& kind) {
+    return "bench:" + kind.toLatin1() + ':';
+}
+
 QByteArray keyOf(int device) {
-    return "bench:state:" + QByteArray::number(device);
+    return startOf(states) + QByteArray::number(device);
 }
 
 /// The readings of a real meter as the state of a device: numbers and texts.
@@ -57,7 +63,30 @@ DeviceCalls makeStates(Stores& stores, std::size_t size) {
         .readCopy = [ready, pulled](int of) { (*pulled)[of] = deepCopy(ready->at(of)); }};
 }
 
-DeviceObjects states() {
+std::string commandForAll(const QByteArray& start, std::size_t size) {
+    QList<QByteArray> command{"MGET"};
+    for (int device = 0; std::cmp_less(device, size); ++device) {
+        command.append(start + QByteArray::number(device));
+    }
+    return RawRedis::wire(command);
+}
+
+void scanKeys(RawRedis& redis, const QByteArray& start) {
+    QByteArray cursor = "0";
+    do {
+        const auto reply = redis.run({"SCAN", cursor, "MATCH", start + '*', "COUNT", "1000"});
+        cursor = reply->element[0]->str;
+    } while (cursor != "0");
+}
+
+Contest getAllStates(Stores& stores, std::size_t size) {
+    storeObjects(stores, stateObjects(), size, false);
+    return allStatesContest(stores, states, size);
+}
+
+} // namespace
+
+DeviceObjects stateObjects() {
     return {.name = "state",
             .db = Stores::stateDb,
             .copies = layout::states::collection,
@@ -67,32 +96,16 @@ DeviceObjects states() {
             .make = makeStates};
 }
 
-std::string commandForAll(std::size_t size) {
-    QList<QByteArray> command{"MGET"};
-    for (int device = 0; std::cmp_less(device, size); ++device) {
-        command.append(keyOf(device));
-    }
-    return RawRedis::wire(command);
-}
-
-void scanKeys(RawRedis& redis) {
-    QByteArray cursor = "0";
-    do {
-        const auto reply = redis.run({"SCAN", cursor, "MATCH", "bench:state:*", "COUNT", "1000"});
-        cursor = reply->element[0]->str;
-    } while (cursor != "0");
-}
-
-Contest getAllStates(Stores& stores, std::size_t size) {
-    storeObjects(stores, states(), size, false);
+Contest allStatesContest(Stores& stores, const QString& kind, std::size_t size) {
     const auto answer = std::make_shared<std::shared_ptr<QHash<int, QJsonObject>>>();
-    const auto ask = [&state = stores.driverState(), answer] {
-        *answer = state.GetAllStates(QStringLiteral("state"), QStringLiteral("bench"));
+    const auto ask = [&state = stores.driverState(), kind, answer] {
+        *answer = state.GetAllStates(kind, QStringLiteral("bench"));
         return static_cast<std::size_t>((*answer)->size());
     };
-    const auto scanAndGet = [&redis = stores.rawRedis(Stores::stateDb),
-                             getAll = commandForAll(size)] {
-        scanKeys(redis);
+    const QByteArray start = startOf(kind);
+    const auto scanAndGet = [&redis = stores.rawRedis(Stores::stateDb), start,
+                             getAll = commandForAll(start, size)] {
+        scanKeys(redis, start);
         return redis.send(getAll);
     };
     return {.sides = sidesOf(
@@ -108,10 +121,8 @@ Contest getAllStates(Stores& stores, std::size_t size) {
             .afterBlock = [answer] { *answer = nullptr; }};
 }
 
-} // namespace
-
 void addDriverState(Comparisons& comparisons, LazyStores& stores) {
-    addDeviceObjects(comparisons, stores, states());
+    addDeviceObjects(comparisons, stores, stateObjects());
     addForSizes(comparisons, stores, "state GetAllStates", costAtMost(1.10, "floor"), getAllStates);
 }
 

@@ -8,7 +8,7 @@ import unittest
 
 sys.dont_write_bytecode = True
 
-from evaluation import kept, ratios, tables  # pylint: disable=wrong-import-position
+from evaluation import growth, kept, ratios, tables  # pylint: disable=wrong-import-position
 
 
 def comparison(plugin, raw=(1.0, 1.0, 1.0, 1.0), at_most=1.1, operation="values GetValues"):
@@ -77,6 +77,46 @@ class Check(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             file = pathlib.Path(folder) / "kept.json"
             kept.save(short, file)
+            self.assertEqual(kept.load(file), short)
+
+
+def grown(stored, plugin, raw=1.0, devices=1, plan="by time"):
+    return {"operation": "values GetValues", "devices": devices, "records": 100, "stored": stored,
+            "plan": plan, "sides": ["plug-in", "raw"],
+            "rounds": [[[plugin * 1e-6] * 2, [raw * 1e-6] * 2]]}
+
+
+def shortened(*operations):
+    return growth.shorten({"date": "2000-01-01", "machine": {}, "growth": {
+        "build": {}, "servers": {}, "operations": list(operations)}})
+
+
+class Growth(unittest.TestCase):
+    def test_is_from_the_smallest_size_to_the_largest(self):
+        row = growth.table(shortened(grown(10_000, 2.0), grown(1_000_000, 2.6, 1.1),
+                                     grown(100_000, 9.0)))[2]
+        self.assertEqual([cell.strip() for cell in row.split("|")[1:-1]],
+                         ["values GetValues", "1", "100", "2.0", "9.0", "2.6", "1.30", "1.10",
+                          "by time", "missed"])
+
+    def test_names_each_index_once(self):
+        short = shortened(grown(10_000, 1.0), grown(100_000, 1.0, plan="by scan"),
+                          grown(1_000_000, 1.0))
+        self.assertEqual(short["operations"][0]["plans"], ["by time", "by scan"])
+
+    def test_keeps_what_a_huge_run_does_not_measure(self):
+        before = shortened(grown(10_000, 1.0), grown(10_000, 3.0, devices=100))
+        both = growth.merge(before, shortened(grown(10_000, 7.0), grown(10_000_000, 8.0)))
+        self.assertEqual([each["us"] for each in both["operations"]],
+                         [{"10000": {"plug-in": 1.0, "raw": 1.0},
+                           "10000000": {"plug-in": 8.0, "raw": 1.0}},
+                          {"10000": {"plug-in": 3.0, "raw": 1.0}}])
+
+    def test_reads_what_was_kept(self):
+        short = shortened(grown(10_000, 1.0))
+        with tempfile.TemporaryDirectory() as folder:
+            file = pathlib.Path(folder) / "kept.json"
+            growth.save(short, file)
             self.assertEqual(kept.load(file), short)
 
 

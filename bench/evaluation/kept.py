@@ -6,7 +6,8 @@ Ratios to what is measured in the same run are compared, never times: machines d
 import json
 
 from evaluation.ratios import CLOCKS, micros, name_of, pairs_of, quartiles
-from evaluation.tables import comparisons_of, render, with_quartiles
+from evaluation.render import render
+from evaluation.tables import comparisons_of, with_quartiles
 
 LEAST_CHANGE = 1.05  # what two runs of the same may differ by
 

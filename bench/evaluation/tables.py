@@ -1,11 +1,11 @@
 """The results of a run as text: where it was measured and one table for each of its parts."""
 
-from evaluation import machine
+from evaluation import growth, machine
 from evaluation.ratios import (CPU, WALL, is_settled, met, micros, name_of, pairs_of, quartiles,
                                verdict)
+from evaluation.render import render
 
 MIB = 2**20
-GROWTH_AT_MOST = 1.2
 
 
 def report(results):
@@ -13,7 +13,7 @@ def report(results):
     lines += store_table(comparisons_of(results, "store"))
     lines += codec_table(comparisons_of(results, "codec"))
     lines += memory_table(results.get("memory", {}).get("queries", []))
-    lines += growth_table(results.get("growth", {}).get("reads", []))
+    lines += growth_table(results)
     return "\n".join(lines)
 
 
@@ -111,30 +111,5 @@ def memory_table(queries):
     return render([heading, *rows])
 
 
-def growth_table(reads):
-    """Each read among few records and among many."""
-    if not reads:
-        return []
-    few, many = (min(read["stored"] for read in reads), max(read["stored"] for read in reads))
-    heading = ("growth", "records found", f"among {few}, µs a record", f"among {many}",
-               "plug-in", "raw", "index", "goal", "")
-    rows = []
-    for small in (read for read in reads if read["stored"] == few):
-        large = next(read for read in reads if read["stored"] == many and
-                     all(read[key] == small[key] for key in ("operation", "answer")))
-        growth, raw_growth = (micros(large, side, WALL) / micros(small, side, WALL)
-                              for side in ("plug-in", "raw"))
-        plans = dict.fromkeys((small["plan"], large["plan"]))
-        rows.append((small["operation"], small["answer"],
-                     *(f"{micros(read, 'plug-in', WALL):.1f}" for read in (small, large)),
-                     f"{growth:.2f}", f"{raw_growth:.2f}", ", then ".join(plans),
-                     f"≤ {GROWTH_AT_MOST:g}", met(growth <= GROWTH_AT_MOST)))
-    return render([heading, *rows])
-
-
-def render(rows):
-    widths = [max(map(len, column)) for column in zip(*rows)]
-    lines = ["| " + " | ".join(cell.ljust(width) for cell, width in zip(cells, widths)) + " |"
-             for cells in rows]
-    lines.insert(1, "|" + "|".join("-" * (width + 2) for width in widths) + "|")
-    return lines + [""]
+def growth_table(results):
+    return growth.table(growth.shorten(results)) if "growth" in results else []
