@@ -12,6 +12,7 @@ check_usage() {
     with-servers) [[ $# -ge 2 ]] || usage_error "with-servers: needs a command to run" ;;
     lint | servers | shell) [[ $# -eq 1 ]] || usage_error "$1: takes no arguments" ;;
     test) parse_test_arguments "${@:2}" ;;
+    fuzz) parse_fuzz_arguments "${@:2}" ;;
     esac
     [[ $1 != build || $# -eq 1 ]] || check_preset "$2"
 }
@@ -45,7 +46,7 @@ build_preset() {
         ${targets[@]+--target "${targets[@]}"}
     if [[ -f $plugin ]]; then
         echo "$plugin" >build/.last-plugin
-    else
+    elif [[ $preset != fuzz ]]; then
         rm -f build/.last-plugin
     fi
 }
@@ -97,7 +98,8 @@ command_test() {
     [[ -n $TEST_REGEX ]] || export GTEST_OUTPUT=xml:$cases/
     run_child ctest --preset "$TEST_PRESET" "${options[@]}" || status=$?
     [[ -n $TEST_REGEX ]] || count_cases "$cases"
-    return "$status"
+    ((status == 0)) || return "$status"
+    [[ -z $TEST_LONG || -n $TEST_REGEX ]] || fuzz_each 60
 }
 
 # count_cases FOLDER: sums up what the test programs have reported there.

@@ -3,11 +3,11 @@
 // the smallest document that shows it.
 
 #include "model/bson_utils.h"
-#include "model/documents/device_object.h"
 #include "tests/support/qt_printers.h"
 #include "tests/support/random_bson.h"
 #include "tests/support/random_seed.h"
 #include "tests/support/record_equality.h"
+#include "tests/support/stored_members.h"
 
 #include <bsoncxx/v1/exception.hpp>
 
@@ -25,55 +25,7 @@ using bson_utils::device_object;
 using bson_utils::query_memory;
 using namespace test_support;
 using random_bson::document;
-using random_bson::member;
 using test_support::raw_bson::document_bytes;
-
-/// What the driver writes: the fields of a record's documents, in their order.
-template <typename Record>
-const std::vector<member> fields;
-
-template <>
-const std::vector<member> fields<model::message>{{"_id", member::hex},
-                                                 {"modem_id", member::int32},
-                                                 {"station_id", member::int32},
-                                                 {"phy", member::text},
-                                                 {"rssi", member::int32},
-                                                 {"snr", member::int32},
-                                                 {"ttl", member::date},
-                                                 {"timestamp", member::int64},
-                                                 {"time_detected", member::int64},
-                                                 {"bs_timezone_offset", member::int32},
-                                                 {"tag", member::text},
-                                                 {"hw_type", member::text},
-                                                 {"protocol", member::text},
-                                                 {"extended_data", member::object},
-                                                 {"data", member::object},
-                                                 {"payload", member::hex},
-                                                 {"parse_status", member::text}};
-
-template <>
-const std::vector<member> fields<model::dl_message>{
-    {"_id", member::oid},        {"modem_id", member::int32}, {"api_key", member::text},
-    {"data", member::object},    {"status", member::int32},   {"timeout", member::int32},
-    {"f_ack", member::int32},    {"payload", member::hex},    {"ttl", member::date},
-    {"timestamp", member::int64}};
-
-template <>
-const std::vector<member> fields<model::dev_value>{
-    {"_id", member::oid},         {"modem_id", member::int32},
-    {"message_id", member::text}, {"timestamp", member::int64},
-    {"tag", member::text},        {"obis_code", member::text},
-    {"val_type", member::int64},  {"extended_data", member::object},
-    {"ttl", member::date},        {"value", member::any}};
-
-template <>
-const std::vector<member> fields<model::dev_event>{
-    {"_id", member::oid},         {"modem_id", member::int32},       {"timestamp", member::int64},
-    {"message_id", member::text}, {"event_code", member::int32},     {"message", member::text},
-    {"parameter", member::int32}, {"extended_data", member::object}, {"ttl", member::date}};
-
-template <>
-const std::vector<member> fields<device_object>{{"_id", member::int32}, {"state", member::object}};
 
 // Text tells whole numbers from others and orders nothing.
 std::string textOf(const QJsonObject& json) {
@@ -156,7 +108,8 @@ TYPED_TEST_SUITE(Readers, records, record_name);
 TYPED_TEST(Readers, AgreeOnOrdinaryDocumentsAndReadThemDirectly) {
     int direct = 0;
     for (int i = 0; i < KELVRO_DOCUMENTS; ++i) {
-        const document document = random_bson::generateOrdinary(this->random, fields<TypeParam>);
+        const document document =
+            random_bson::generateOrdinary(this->random, storedMembers<TypeParam>);
         this->expectAgreement(document, i);
         ASSERT_FALSE(this->HasFailure());
         direct += isOrdinary<TypeParam>(document, this->memory) ? 1 : 0;
@@ -174,12 +127,13 @@ TYPED_TEST(Readers, AgreeOnTheSimilarDocumentsOfOneQuery) {
             this->memory = {};
             makes.clear();
             for (int make = 0; make < 1 + i / documentsOfAQuery % 9; ++make) {
-                makes.push_back(random_bson::generateOrdinary(this->random, fields<TypeParam>));
+                makes.push_back(
+                    random_bson::generateOrdinary(this->random, storedMembers<TypeParam>));
             }
         }
         const auto& make = makes[this->random() % makes.size()];
-        this->expectAgreement(random_bson::generateSimilar(this->random, fields<TypeParam>, make),
-                              i);
+        this->expectAgreement(
+            random_bson::generateSimilar(this->random, storedMembers<TypeParam>, make), i);
         ASSERT_FALSE(this->HasFailure());
     }
 }
@@ -187,8 +141,8 @@ TYPED_TEST(Readers, AgreeOnTheSimilarDocumentsOfOneQuery) {
 // The length at the start and the zero at the end are the library's to check.
 TYPED_TEST(Readers, AgreeOnDamagedDocuments) {
     for (int i = 0; i < KELVRO_DOCUMENTS; ++i) {
-        auto bytes =
-            random_bson::bytesOf(random_bson::generateOrdinary(this->random, fields<TypeParam>));
+        auto bytes = random_bson::bytesOf(
+            random_bson::generateOrdinary(this->random, storedMembers<TypeParam>));
         const std::size_t at = 4 + this->random() % (bytes.bytes.size() - 5);
         bytes.bytes[at] = static_cast<char>(bytes.bytes[at] ^ (1 << this->random() % 8));
         ASSERT_EQ(disagreement<TypeParam>(bytes, this->memory), "")
@@ -202,7 +156,7 @@ TYPED_TEST(Readers, AgreeOnStrangeDocuments) {
         if (i > 0 && i % 100'000 == 0) {
             std::cout << i << " of " << KELVRO_DOCUMENTS << " documents agree" << std::endl;
         }
-        this->expectAgreement(random_bson::generate(this->random, fields<TypeParam>), i);
+        this->expectAgreement(random_bson::generate(this->random, storedMembers<TypeParam>), i);
         ASSERT_FALSE(this->HasFailure());
     }
 }
