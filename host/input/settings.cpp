@@ -1,6 +1,7 @@
 #include "host/input/settings.h"
 
 #include "host/failure.h"
+#include "host/input/mongo_timeouts.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -59,7 +60,7 @@ QJsonObject settingsFromEnvironment() {
         throw Failure(QStringLiteral("neither a settings file (--settings) nor MONGODB_URL says "
                                      "where the servers are"));
     }
-    QJsonObject settings{{QStringLiteral("url"), mongo}};
+    QJsonObject settings{{QStringLiteral("url"), withTimeouts(mongo)}};
     if (const auto redis = qEnvironmentVariable("REDIS_URL"); !redis.isEmpty()) {
         settings.insert(QStringLiteral("redis"), parseRedisUrl(redis));
     }
