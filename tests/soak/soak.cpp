@@ -130,8 +130,10 @@ private:
         m_lastReport = Clock::now();
         std::string line = "killed";
         for (const Side side : allSides) {
-            line += ' ' + std::string(nameOf(side)) + ' ' + std::to_string(killsOf(side)) + '/' +
-                    std::to_string(m_options.kills);
+            line += ' ' + std::string(nameOf(side)) + ' ' + std::to_string(killsOf(side));
+            if (!m_options.atMost) {
+                line += '/' + std::to_string(m_options.kills);
+            }
         }
         CallFigures all;
         for (const auto& writer : m_writers) {
