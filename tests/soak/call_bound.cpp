@@ -12,7 +12,7 @@ std::chrono::milliseconds callBound(const std::string& url, bool usesRedis) {
     constexpr int defaultSocketMsecs = 300'000;
     const mongocxx::v1::uri uri{url};
     int msecs = uri.server_selection_timeout_ms().value_or(defaultServerSelectionMsecs) +
-                uri.connect_timeout_ms().value_or(defaultConnectMsecs) +
+                2 * uri.connect_timeout_ms().value_or(defaultConnectMsecs) +
                 uri.socket_timeout_ms().value_or(defaultSocketMsecs);
     if (usesRedis) {
         msecs += RedisClient::ConnectionConfig::defaultConnectTimeoutMsecs +

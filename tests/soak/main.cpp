@@ -8,12 +8,14 @@
 #include <QJsonDocument>
 #include <QLoggingCategory>
 #include <mongocxx/v1/instance.hpp>
+#include <mongocxx/v1/logger.hpp>
 
 #include <signal.h>
 
 #include <atomic>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -57,9 +59,10 @@ void addOptions(CLI::App& app, CommandLine& given) {
                    "each time")
         ->check(CLI::PositiveNumber);
     app.add_option("--json", given.jsonFile, "File to write the result to");
-    app.add_option("--url-options", given.soak.servers.urlOptions,
-                   "Options of the MongoDB connection string")
-        ->capture_default_str();
+    app.add_option(
+        "--url-options", given.soak.servers.urlOptions,
+        "Options of the MongoDB connection string; time-outs that it does not name are the "
+        "host's");
     app.add_option("--other-keys", given.soak.servers.otherKeys,
                    "Keys that Redis has to read back at every start")
         ->capture_default_str();
@@ -96,7 +99,8 @@ ExitStatus run(int argc, char** argv) {
 
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
     endBySignals();
-    const mongocxx::v1::instance mongoDriver;
+    // Without a log: the driver reports every lost connection.
+    const mongocxx::v1::instance mongoDriver{std::unique_ptr<mongocxx::v1::logger>()};
     host::PluginFile plugin(QString::fromStdString(given.plugin));
     const auto result = soak::runSoak(
         plugin.factory(), given.soak, [] { return isToEnd.load(); },

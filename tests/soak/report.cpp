@@ -124,7 +124,7 @@ QJsonObject toJson(const SoakResult& result) {
     return {
         {"seed"_q, static_cast<double>(result.seed)},
         {"seconds"_q, static_cast<double>(result.took.count())},
-        {"urlOptions"_q, QString::fromStdString(result.urlOptions)},
+        {"urlOptions"_q, QString::fromStdString(result.url).section(QLatin1Char('?'), 1)},
         {"kills"_q, kills},
         {"kinds"_q, kinds},
         {"promisesKept"_q, result.keepsItsPromises()},

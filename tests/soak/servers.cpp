@@ -1,5 +1,6 @@
 #include "tests/soak/servers.h"
 
+#include "host/input/mongo_timeouts.h"
 #include "tests/support/qt_literals.h"
 
 namespace soak {
@@ -49,7 +50,7 @@ void Servers::start(Side side) {
 }
 
 QJsonObject Servers::settings() const {
-    return {{"url"_q, QString::fromStdString(m_ferretdb.url())},
+    return {{"url"_q, host::withTimeouts(QString::fromStdString(m_ferretdb.url()))},
             {"redis"_q, QJsonObject{{"port"_q, m_redis.port()}}}};
 }
 

@@ -31,8 +31,8 @@ struct ServerOptions {
     int otherKeys = 100'000;
     /// Off, Redis forgets what it had when it is killed: to see that this is found out.
     bool redisKeepsData = true;
-    /// Of the connection string.
-    std::string urlOptions;
+    /// Of the MongoDB connection string; by default the host's time-outs.
+    std::string urlOptions{};
 };
 
 /// The servers of a run, durable as those of a machine that keeps somebody's data: what they say to

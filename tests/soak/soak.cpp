@@ -117,10 +117,11 @@ private:
         }
     }
 
-    std::chrono::milliseconds boundOf(bool usesRedis) const {
-        return callBound(m_servers.settings().value(QLatin1String("url")).toString().toStdString(),
-                         usesRedis);
+    std::string url() const {
+        return m_servers.settings().value(QLatin1String("url")).toString().toStdString();
     }
+
+    std::chrono::milliseconds boundOf(bool usesRedis) const { return callBound(url(), usesRedis); }
 
     void reportProgress() {
         if (Clock::now() - m_lastReport < 15s) {
@@ -129,8 +130,10 @@ private:
         m_lastReport = Clock::now();
         std::string line = "killed";
         for (const Side side : allSides) {
-            line += ' ' + std::string(nameOf(side)) + ' ' + std::to_string(killsOf(side)) + '/' +
-                    std::to_string(m_options.kills);
+            line += ' ' + std::string(nameOf(side)) + ' ' + std::to_string(killsOf(side));
+            if (!m_options.atMost) {
+                line += '/' + std::to_string(m_options.kills);
+            }
         }
         CallFigures all;
         for (const auto& writer : m_writers) {
@@ -147,7 +150,7 @@ private:
         result.seed = m_options.seed;
         result.kills = m_kills;
         result.took = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - m_begin);
-        result.urlOptions = m_options.servers.urlOptions;
+        result.url = url();
         for (const auto& writer : m_writers) {
             const bool usesRedis = writer->kind().usesRedis();
             result.kinds.push_back({

@@ -42,7 +42,7 @@ struct SoakResult {
     std::uint32_t seed = 0;
     std::map<Side, int> kills;
     std::chrono::seconds took{0};
-    std::string urlOptions;
+    std::string url;
     std::vector<KindResult> kinds;
 
     bool keepsItsPromises() const;
