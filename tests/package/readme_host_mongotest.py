@@ -30,7 +30,7 @@ class ReadmeHost(unittest.TestCase):
 
     def test_stores_a_message_and_reads_it_back(self):
         result = subprocess.run(
-            [HOST, URL, str(DEVICE)], capture_output=True, encoding="utf-8", timeout=60
+            [HOST, str(DEVICE)], capture_output=True, encoding="utf-8", timeout=60
         )
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(result.stdout, f"{DEVICE}: reading 2c0a\n")
