@@ -22,6 +22,8 @@ namespace {
 constexpr std::size_t maxReplyBytes = std::size_t{1} << 30;
 /// An element costs up to some 100 bytes here, but only four on the wire.
 constexpr std::size_t maxReplyElements = std::size_t{1} << 24;
+/// Beyond that an array grows as its elements come: what is announced may never come.
+constexpr std::size_t maxReservedElements = 1024;
 /// Values are freed recursively.
 constexpr int maxReplyDepth = 128;
 
@@ -71,7 +73,7 @@ struct ReplyReader::Callbacks {
         }
         return put(*task, Response::MultiBulk, [&] {
             QVariantList list;
-            list.reserve(static_cast<int>(elements));
+            list.reserve(static_cast<int>(std::min(elements, maxReservedElements)));
             return list;
         });
     }

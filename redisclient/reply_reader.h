@@ -27,7 +27,8 @@ public:
 /// Response has it.
 ///
 /// Refuses an answer of more than 1 GiB, of more than 2^24 elements or of arrays nested more than
-/// 128 deep, as soon as that shows.
+/// 128 deep, as soon as that shows, and a text that does not end where it should. Takes memory for
+/// what has come, not for what is announced.
 ///
 /// Owns the parser and what has not been parsed yet. One thread at a time. After a ReplyError the
 /// object can only be destroyed.

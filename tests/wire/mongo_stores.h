@@ -55,6 +55,11 @@ public:
         static quint64 id = 0;
         repository.SaveMessage(records::uplink{.id = ++id, .modem = device});
     }
+    void writeLarge(int device, int payloadBytes) {
+        model::message message = records::uplink{.id = 1'000'000, .modem = device};
+        message.payload = QByteArray(payloadBytes, 'x');
+        repository.SaveMessage(message);
+    }
     std::size_t read(int device) override {
         return countOf(repository.GetMessages(records::uplinksOf({device})), device);
     }

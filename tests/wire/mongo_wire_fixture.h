@@ -44,20 +44,31 @@ protected:
     }
 
     static test_support::mongo_database& database() {
-        static test_support::temporary_database database;
+        static Database database;
         return database;
     }
 
-    /// One that no other test has.
-    const int device = nextDevice();
-
-private:
     static int nextDevice() {
         static int last = 0;
         // The database's own connection is there before descriptors are counted.
         database().count("ul_messages");
         return ++last;
     }
+
+    /// One that no other test has.
+    const int device = nextDevice();
+
+private:
+    /// One for all tests, where the documents of a device are found without reading all others.
+    class Database : public test_support::temporary_database {
+    public:
+        Database() {
+            for (const MongoStore& kind : mongoStores()) {
+                run("{\"createIndexes\": \"" + std::string(kind.collection) +
+                    "\", \"indexes\": [{\"key\": {\"modem_id\": 1}, \"name\": \"device\"}]}");
+            }
+        }
+    };
 
     test_support::DescriptorsAsBefore m_descriptors;
 

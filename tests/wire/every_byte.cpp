@@ -1,0 +1,3 @@
+#include "tests/wire/byte_places.h"
+
+const bool everyByte = true;
