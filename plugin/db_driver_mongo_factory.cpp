@@ -44,8 +44,9 @@ void registerMetaType(std::initializer_list<const char*> names) {
         } else if (id != QMetaType::UnknownType) {
             QMetaType::registerTypedef(name, id);
         } else {
-            // This very name, and not also the one that the type is declared with.
-            id = qRegisterMetaType<Type>(name, reinterpret_cast<Type*>(quintptr(-1)));
+            // Given an object, Qt takes this very name and not the one of the type's declaration.
+            Type any{};
+            id = qRegisterMetaType<Type>(name, &any);
         }
     }
 }

@@ -59,7 +59,7 @@ std::set<binding> bindingsOf(const QString& test) {
     EXPECT_EQ(process.exitCode(), 0) << process.readAll().toStdString();
 
     static const QRegularExpression line{
-        "binding file (\\S+) \\[\\d+\\] to (\\S+) \\[\\d+\\]: .* symbol `([^']+)'"_q};
+        R"(binding file (\S+) \[\d+\] to (\S+) \[\d+\]: .* symbol `([^']+)')"_q};
     std::set<binding> bindings;
     for (const QFileInfo& output : QDir{folder.path()}.entryInfoList(QDir::Files)) {
         QFile file{output.filePath()};
