@@ -76,8 +76,8 @@ TEST_F(HostWhoseServerGoes, KeepsTheDriversLinesFromItsResults) {
     run();
 
     EXPECT_THAT(output, AllOf(Not(HasSubstr("cluster:")), Not(HasSubstr("client:"))));
-    EXPECT_THAT(errors, AllOf(HasSubstr("kelvro-host: "), HasSubstr(warning),
-                              Not(HasSubstr(debugLine))));
+    EXPECT_THAT(errors,
+                AllOf(HasSubstr("kelvro-host: "), HasSubstr(warning), Not(HasSubstr(debugLine))));
 }
 
 TEST_F(HostWhoseServerGoes, ShowsTheDriversLinesAmongTheOthersWhenAsked) {

@@ -62,8 +62,9 @@ struct Settings {
     bool pluginMayTry = true;
 
     QJsonObject json() const {
-        return {{"url"_q, QString::fromUtf8(url)},
-                {"redis"_q, QJsonObject{{"port"_q, redisPort}, {"auth"_q, QString::fromUtf8(auth)}}}};
+        return {
+            {"url"_q, QString::fromUtf8(url)},
+            {"redis"_q, QJsonObject{{"port"_q, redisPort}, {"auth"_q, QString::fromUtf8(auth)}}}};
     }
 };
 
@@ -156,8 +157,8 @@ protected:
     QStringList demo(const QStringList& more) {
         const auto readings = folder.filePath("readings.ndjson"_q);
         write(readings, contentOf(KELVRO_HOST_DATA_DIR "/meter_readings.ndjson"_q).left(4096));
-        return QStringList{"demo"_q,     "--plugin"_q, pluginFile(),       "--verbose"_q,
-                           "--readings"_q, readings,    "--decoder=shipped"_q} +
+        return QStringList{"demo"_q,       "--plugin"_q, pluginFile(),         "--verbose"_q,
+                           "--readings"_q, readings,     "--decoder=shipped"_q} +
                more;
     }
 
@@ -304,7 +305,8 @@ TEST_F(Secrets, AreNotInWhatTheHostPrintsWhenItFails) {
 TEST_F(Secrets, AreNotInWhatTheHostSaysOfSettingsThatItCannotRead) {
     const auto name = folder.filePath("settings.json"_q);
     write(name, R"({"url": "mongodb://meter:geheim47@h/", )");
-    EXPECT_EQ(secretIn(run(demo({"--settings"_q, name}), withoutServers()).errors, secrets), ""_qba);
+    EXPECT_EQ(secretIn(run(demo({"--settings"_q, name}), withoutServers()).errors, secrets),
+              ""_qba);
 
     auto environment = environmentWith(rightSettings());
     environment.insert("REDIS_URL"_q, "redis://:geheim47@h:port"_q);
