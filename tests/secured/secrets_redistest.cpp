@@ -182,6 +182,8 @@ protected:
         auto environment = QProcessEnvironment::systemEnvironment();
         environment.remove("MONGODB_URL"_q);
         environment.remove("REDIS_URL"_q);
+        // The MongoDB driver's library then tells of every request, with its contents.
+        environment.insert("MONGODB_LOG_ALL"_q, "trace"_q);
         return environment;
     }
 
@@ -282,6 +284,7 @@ TEST_F(Secrets, AreNotInWhatTheHostPrintsWhenAllIsWell) {
                                run(demo({}), environmentWith(settings))}) {
         EXPECT_EQ(result.status, settings.hostStatus) << result.errors.toStdString();
         EXPECT_THAT(result.errors.toStdString(), HasSubstr("Save UL message executed in "));
+        EXPECT_THAT(result.errors.toStdString(), HasSubstr("MONGODB_LOG Debug command "));
         EXPECT_EQ(secretIn(result.output, secrets), ""_qba);
         EXPECT_EQ(secretIn(result.errors, secrets), ""_qba);
     }
