@@ -1,6 +1,7 @@
 #include "host/input/settings.h"
 
 #include "host/failure.h"
+#include "host/input/mongo_timeouts.h"
 #include "host/input/mongo_url.h"
 
 #include <QFile>
@@ -79,7 +80,7 @@ QJsonObject settingsFromEnvironment() {
                                      "where the servers are"));
     }
     checkMongoUrl(mongo, QStringLiteral("MONGODB_URL"));
-    QJsonObject settings{{QStringLiteral("url"), mongo}};
+    QJsonObject settings{{QStringLiteral("url"), withTimeouts(mongo)}};
     if (const auto redis = qEnvironmentVariable("REDIS_URL"); !redis.isEmpty()) {
         settings.insert(QStringLiteral("redis"), parseRedisUrl(redis));
     }

@@ -13,9 +13,9 @@ namespace host {
 QJsonObject readSettings(const QString& fileName);
 
 /// The settings for the servers that the environment names: MONGODB_URL and
-/// REDIS_URL=redis://[:password@]host[:port]. Throws Failure, naming the variable, if MONGODB_URL
-/// is not set or mongoUrlFault() objects to it, or REDIS_URL is no such address; without REDIS_URL
-/// the plug-in's defaults stand.
+/// REDIS_URL=redis://[:password@]host[:port], with time-outs (withTimeouts()). Throws Failure,
+/// naming the variable, if MONGODB_URL is not set or mongoUrlFault() objects to it, or REDIS_URL is
+/// no such address; without REDIS_URL the plug-in's defaults stand.
 QJsonObject settingsFromEnvironment();
 
 /// What the plug-in reads from the "redis" object of the settings, defaults filled in.

@@ -55,7 +55,7 @@ protected:
             printed += host.readAllStandardOutput();
         }
         server.kill();
-        ASSERT_TRUE(host.waitForFinished());
+        ASSERT_TRUE(host.waitForFinished(120'000));
         EXPECT_EQ(host.exitCode(), 1);
         printed += host.readAllStandardOutput();
         output = printed.toStdString();

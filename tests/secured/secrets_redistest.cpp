@@ -48,6 +48,9 @@ const auto wrongRedisPassword = "Fa/sch:geheim47"_qba;
 const QByteArrayList secrets{endOfSecrets, mongoPassword, wrongMongoPassword,
                              keyPassword,  redisPassword, wrongRedisPassword};
 
+/// Of a connection string, lest a test waits longer.
+const auto soon = "?serverSelectionTimeoutMS=1000"_qba;
+
 QByteArray escaped(const QByteArray& text) {
     return QUrl::toPercentEncoding(QString::fromUtf8(text));
 }
@@ -139,11 +142,12 @@ protected:
                  }),
             with("a MongoDB that is not there",
                  [](auto& all) {
-                     all.url = "mongodb://meter:" + escaped(mongoPassword) + "@127.0.0.1:1/";
+                     all.url = "mongodb://meter:" + escaped(mongoPassword) + "@127.0.0.1:1/" + soon;
                  }),
             with("a key that is not there",
                  [](auto& all) {
-                     all.url += "?tls=true&tlsCertificateKeyFile=/nonexistent"
+                     all.url += soon +
+                                "&tls=true&tlsCertificateKeyFile=/nonexistent"
                                 "&tlsCertificateKeyFilePassword=" +
                                 escaped(keyPassword);
                  }),

@@ -20,9 +20,9 @@ struct MongoServerOptions {
     /// Listens for TLS, and for nothing else.
     bool tls = false;
     /// Of the connection string: "user:password@", empty without.
-    std::string credentials;
+    std::string credentials{};
     /// Of the connection string: "tls=true&tlsCAFile=…".
-    std::string urlOptions;
+    std::string urlOptions{};
 };
 
 /// A MongoDB server of the test's own: FerretDB before a PostgresqlServer, on a port of 127.0.0.1

@@ -7,6 +7,7 @@
 
 #include <signal.h>
 #include <sys/prctl.h>
+#include <unistd.h>
 
 #include <stdexcept>
 
@@ -30,7 +31,10 @@ public:
     }
 
 protected:
-    void setupChildProcess() override { ::prctl(PR_SET_PDEATHSIG, SIGKILL); }
+    void setupChildProcess() override {
+        ::setsid(); // the terminal's Ctrl-C is for the test
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    }
 };
 
 RedisServer::RedisServer(QStringList options, QString host)

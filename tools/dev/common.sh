@@ -58,7 +58,7 @@ stop_child() {
     if [[ -n $CHILD_GROUP || $1 != INT ]]; then
         kill -s "$1" -- "${CHILD_GROUP:+-}$CHILD" 2>/dev/null || true
     fi
-    local deadline=$((SECONDS + 10))
+    local deadline=$((SECONDS + ${CHILD_PATIENCE:-10}))
     while child_is_there; do
         if ((SECONDS >= deadline)); then
             kill -s KILL -- "${CHILD_GROUP:+-}$CHILD" 2>/dev/null || true

@@ -1,6 +1,7 @@
 #include "host/input/settings.h"
 
 #include "host/failure.h"
+#include "host/input/mongo_timeouts.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
@@ -177,8 +178,9 @@ private:
     QByteArray m_redis = qgetenv("REDIS_URL");
 };
 
-TEST_F(EnvironmentSettings, TakeTheMongoUrlAsItIs) {
-    EXPECT_EQ(host::settingsFromEnvironment(), (QJsonObject{{"url"_q, "mongodb://h/"_q}}));
+TEST_F(EnvironmentSettings, TakeTheMongoUrlWithTimeouts) {
+    EXPECT_EQ(host::settingsFromEnvironment(),
+              (QJsonObject{{"url"_q, host::withTimeouts("mongodb://h/"_q)}}));
 }
 
 TEST_F(EnvironmentSettings, TakeHostPortAndPasswordOfTheRedisUrl) {
