@@ -35,8 +35,8 @@ class IDeviceClientsDatabase;
 ///
 /// "url" goes to the MongoDB driver's library as it is. In its user name and password each of
 /// % @ : / ? # [ ] must be percent-encoded: what follows an unescaped one the library takes for the
-/// name of a host, looks it up and repeats it in its exceptions. Look at it before you hand it over.
-/// That library writes to the standard output and error unless the instance gets a logger.
+/// name of a host, looks it up and repeats it in its exceptions. Look at it before you hand it
+/// over. That library writes to the standard output and error unless the instance gets a logger.
 ///
 /// Every call builds an object of its own, owned by the caller through the shared pointer; `parent`
 /// is ignored. Calls may come from any threads at once; what they return is for one thread at a time,

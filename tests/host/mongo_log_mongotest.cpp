@@ -55,7 +55,7 @@ protected:
             printed += host.readAllStandardOutput();
         }
         server.kill();
-        ASSERT_TRUE(host.waitForFinished());
+        ASSERT_TRUE(host.waitForFinished(120'000));
         EXPECT_EQ(host.exitCode(), 1);
         printed += host.readAllStandardOutput();
         output = printed.toStdString();
@@ -76,8 +76,8 @@ TEST_F(HostWhoseServerGoes, KeepsTheDriversLinesFromItsResults) {
     run();
 
     EXPECT_THAT(output, AllOf(Not(HasSubstr("cluster:")), Not(HasSubstr("client:"))));
-    EXPECT_THAT(errors, AllOf(HasSubstr("kelvro-host: "), HasSubstr(warning),
-                              Not(HasSubstr(debugLine))));
+    EXPECT_THAT(errors,
+                AllOf(HasSubstr("kelvro-host: "), HasSubstr(warning), Not(HasSubstr(debugLine))));
 }
 
 TEST_F(HostWhoseServerGoes, ShowsTheDriversLinesAmongTheOthersWhenAsked) {

@@ -67,8 +67,13 @@ protected:
         return trusting() + "&tlsCertificateKeyFile=" + client.both.toStdString();
     }
 
-    static FailedAttempt open(const MongoServer& server, const std::string& options) {
-        const auto url = "mongodb://127.0.0.1:" + std::to_string(server.port()) + "/?" + options;
+    static FailedAttempt open(const MongoServer& server, const std::string& options,
+                              const std::string& host = "127.0.0.1") {
+        return openAt(host + ':' + std::to_string(server.port()), options);
+    }
+
+    static FailedAttempt openAt(const std::string& address, const std::string& options) {
+        const auto url = "mongodb://" + address + "/?" + options;
         return attempt(
             [&] { plugin.factory()->CreateMessageDatabaseInst(settingsFor(url), nullptr); });
     }
@@ -97,8 +102,12 @@ TEST_F(MongoTls, RefusesAnExpiredCertificate) {
 }
 
 TEST_F(MongoTls, RefusesACertificateForAnotherHost) {
-    EXPECT_THAT(open(serverWith(certificates->forAnotherHost()), trusting()),
+    const auto server = serverWith(certificates->forAnotherHost());
+
+    EXPECT_THAT(open(server, trusting()),
                 fails("certificate verify failed (64): IP address mismatch"));
+    EXPECT_THAT(open(server, trusting(), "localhost"),
+                fails("certificate verify failed (62): hostname mismatch"));
 }
 
 TEST_F(MongoTls, RefusesACertificateOfAnUnknownAuthority) {
@@ -119,6 +128,11 @@ TEST_F(MongoTls, RefusesAServerThatSpeaksPlainly) {
 TEST_F(MongoTls, FailsPlainlyAtAServerThatWantsTls) {
     EXPECT_THAT(open(serverWith(certificates->forThisMachine()), "appName=plain"),
                 fails("calling hello on"));
+}
+
+// Not always in the words that it has without TLS, "connection refused".
+TEST_F(MongoTls, FailsAtAServerThatIsNotThere) {
+    EXPECT_THAT(openAt("127.0.0.1:1", trusting()), fails("calling hello on '127.0.0.1:1'"));
 }
 
 TEST_F(MongoTls, ServesAClientWithTheCertificateThatItDemands) {

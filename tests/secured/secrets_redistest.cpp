@@ -48,6 +48,9 @@ const auto wrongRedisPassword = "Fa/sch:geheim47"_qba;
 const QByteArrayList secrets{endOfSecrets, mongoPassword, wrongMongoPassword,
                              keyPassword,  redisPassword, wrongRedisPassword};
 
+/// Of a connection string, lest a test waits longer.
+const auto soon = "?serverSelectionTimeoutMS=1000"_qba;
+
 QByteArray escaped(const QByteArray& text) {
     return QUrl::toPercentEncoding(QString::fromUtf8(text));
 }
@@ -62,8 +65,9 @@ struct Settings {
     bool pluginMayTry = true;
 
     QJsonObject json() const {
-        return {{"url"_q, QString::fromUtf8(url)},
-                {"redis"_q, QJsonObject{{"port"_q, redisPort}, {"auth"_q, QString::fromUtf8(auth)}}}};
+        return {
+            {"url"_q, QString::fromUtf8(url)},
+            {"redis"_q, QJsonObject{{"port"_q, redisPort}, {"auth"_q, QString::fromUtf8(auth)}}}};
     }
 };
 
@@ -138,11 +142,12 @@ protected:
                  }),
             with("a MongoDB that is not there",
                  [](auto& all) {
-                     all.url = "mongodb://meter:" + escaped(mongoPassword) + "@127.0.0.1:1/";
+                     all.url = "mongodb://meter:" + escaped(mongoPassword) + "@127.0.0.1:1/" + soon;
                  }),
             with("a key that is not there",
                  [](auto& all) {
-                     all.url += "?tls=true&tlsCertificateKeyFile=/nonexistent"
+                     all.url += soon +
+                                "&tls=true&tlsCertificateKeyFile=/nonexistent"
                                 "&tlsCertificateKeyFilePassword=" +
                                 escaped(keyPassword);
                  }),
@@ -156,8 +161,8 @@ protected:
     QStringList demo(const QStringList& more) {
         const auto readings = folder.filePath("readings.ndjson"_q);
         write(readings, contentOf(KELVRO_HOST_DATA_DIR "/meter_readings.ndjson"_q).left(4096));
-        return QStringList{"demo"_q,     "--plugin"_q, pluginFile(),       "--verbose"_q,
-                           "--readings"_q, readings,    "--decoder=shipped"_q} +
+        return QStringList{"demo"_q,       "--plugin"_q, pluginFile(),         "--verbose"_q,
+                           "--readings"_q, readings,     "--decoder=shipped"_q} +
                more;
     }
 
@@ -181,6 +186,8 @@ protected:
         auto environment = QProcessEnvironment::systemEnvironment();
         environment.remove("MONGODB_URL"_q);
         environment.remove("REDIS_URL"_q);
+        // The MongoDB driver's library then tells of every request, with its contents.
+        environment.insert("MONGODB_LOG_ALL"_q, "trace"_q);
         return environment;
     }
 
@@ -281,6 +288,7 @@ TEST_F(Secrets, AreNotInWhatTheHostPrintsWhenAllIsWell) {
                                run(demo({}), environmentWith(settings))}) {
         EXPECT_EQ(result.status, settings.hostStatus) << result.errors.toStdString();
         EXPECT_THAT(result.errors.toStdString(), HasSubstr("Save UL message executed in "));
+        EXPECT_THAT(result.errors.toStdString(), HasSubstr("MONGODB_LOG Debug command "));
         EXPECT_EQ(secretIn(result.output, secrets), ""_qba);
         EXPECT_EQ(secretIn(result.errors, secrets), ""_qba);
     }
@@ -304,7 +312,8 @@ TEST_F(Secrets, AreNotInWhatTheHostPrintsWhenItFails) {
 TEST_F(Secrets, AreNotInWhatTheHostSaysOfSettingsThatItCannotRead) {
     const auto name = folder.filePath("settings.json"_q);
     write(name, R"({"url": "mongodb://meter:geheim47@h/", )");
-    EXPECT_EQ(secretIn(run(demo({"--settings"_q, name}), withoutServers()).errors, secrets), ""_qba);
+    EXPECT_EQ(secretIn(run(demo({"--settings"_q, name}), withoutServers()).errors, secrets),
+              ""_qba);
 
     auto environment = environmentWith(rightSettings());
     environment.insert("REDIS_URL"_q, "redis://:geheim47@h:port"_q);
