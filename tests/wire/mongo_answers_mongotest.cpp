@@ -103,6 +103,21 @@ TEST_F(MongoAnswers, WithoutTheResultOfAQueryAreAnError) {
     EXPECT_EQ(store->read(device), 0U);
 }
 
+// A single wrong bit is enough. Only an encrypted connection keeps it away from a host.
+TEST_F(MongoAnswers, WithADocumentThatDoesNotEndEndTheProcess) {
+    store->write(device);
+    proxy.breakAt("find", answering([](QByteArray answer) {
+                      const QByteArray name("firstBatch\0", 11);
+                      const int document = answer.indexOf(name) + name.size() + 4 + 3;
+                      std::int32_t size = 0;
+                      std::memcpy(&size, answer.constData() + document, sizeof size);
+                      answer[document + size - 1] = 1;
+                      return answer;
+                  }));
+
+    EXPECT_EXIT(store->read(device), testing::KilledBySignal(SIGABRT), "assertion failed");
+}
+
 // The rest of a large result is asked for on the same connection, and not a second time.
 TEST_F(MongoAnswers, MissingInTheMiddleOfALargeResultMakeTheReadThrow) {
     constexpr std::size_t more = 150; // than come with the first answer
