@@ -1,5 +1,7 @@
 #include "tests/wire/mongo_wire_fixture.h"
 
+#include "model/documents/dev_value.h"
+#include "mongo/store_layout.h"
 #include "tests/support/full_listener.h"
 
 #include <mongocxx/v1/exception.hpp>
@@ -19,6 +21,7 @@ using test_support::RedirectedPort;
 using test_support::TestSocket;
 using test_support::WireProxy;
 using testing::AllOf;
+using testing::Ge;
 using testing::HasSubstr;
 using testing::Lt;
 using testing::Not;
@@ -103,6 +106,21 @@ TEST_F(MongoAnswers, WithoutTheResultOfAQueryAreAnError) {
     EXPECT_EQ(store->read(device), 0U);
 }
 
+// A single wrong bit is enough. Only an encrypted connection keeps it away from a host.
+TEST_F(MongoAnswers, WithADocumentThatDoesNotEndEndTheProcess) {
+    store->write(device);
+    proxy.breakAt("find", answering([](QByteArray answer) {
+                      const QByteArray name("firstBatch\0", 11);
+                      const int document = answer.indexOf(name) + name.size() + 4 + 3;
+                      std::int32_t size = 0;
+                      std::memcpy(&size, answer.constData() + document, sizeof size);
+                      answer[document + size - 1] = 1;
+                      return answer;
+                  }));
+
+    EXPECT_EXIT(store->read(device), testing::KilledBySignal(SIGABRT), "assertion failed");
+}
+
 // The rest of a large result is asked for on the same connection, and not a second time.
 TEST_F(MongoAnswers, MissingInTheMiddleOfALargeResultMakeTheReadThrow) {
     constexpr std::size_t more = 150; // than come with the first answer
@@ -155,6 +173,62 @@ TEST_F(MongoAnswers, AreLostWithALargeRequestAndRaiseNoSignal) {
 
     uplinks.write(device);
     EXPECT_EQ(uplinks.read(device), 1U);
+}
+
+// What a host has set, or has not
+
+TEST_F(MongoAnswers, AreWaitedForMinutesWithoutASetting) {
+    const auto patient = kind.make(proxy.url(), database().name());
+    const auto stalling = [](Exchange& exchange) { exchange.stall(); };
+    patient->write(device);
+    proxy.breakAt("insert", stalling);
+    EXPECT_THAT(endingOf<mongocxx::v1::exception>([&] { patient->write(device); }).took,
+                AllOf(Ge(5min), Lt(5min + slack)));
+    proxy.breakAt("find", stalling, WireProxy::always);
+    EXPECT_THAT(endingOf<mongocxx::v1::exception>([&] { patient->read(device); }).took,
+                AllOf(Ge(10min), Lt(10min + slack)));
+    proxy.breakAt("hello", stalling);
+    EXPECT_THAT(endingOf<mongocxx::v1::exception>([&] {
+                    kind.make(proxy.url(), database().name())->read(device);
+                }).took,
+                AllOf(Ge(10s), Lt(10s + slack)));
+}
+
+TEST_F(MongoAnswers, AreHadByTheSameCallIfItIsToldToTryMoreThanOnce) {
+    const auto patient = kind.make(
+        url() + "&serverSelectionTryOnce=false&serverSelectionTimeoutMS=20000", database().name());
+    proxy.breakAt("hello", [](Exchange& exchange) { exchange.close(); });
+
+    const Ending ending = endingOf<mongocxx::v1::exception>([&] { patient->write(device); });
+
+    EXPECT_EQ(ending.failure, std::nullopt);
+    EXPECT_THAT(ending.took, AllOf(Ge(4s), Lt(pauseAfterAFailedConnect + slack)));
+    EXPECT_EQ(stored(kind, device), 1);
+}
+
+// Deliberate: where the first collection is, the store counts as laid out. So a host that could not
+// create it has to see to the indexes that are missing.
+TEST_F(MongoAnswers, MissingToAnIndexLeaveTheLayoutIncomplete) {
+    test_support::temporary_database own;
+    const mongo::collection_layout layout{layout::eav_values::collection,
+                                          layout::eav_values::indexes};
+    const auto layOut = [&] {
+        mongocxx::v1::client client{mongocxx::v1::uri{url()}};
+        mongo::createStore(client.database(own.name()), {layout});
+    };
+    int created = 0;
+    proxy.breakAt(
+        "createIndexes",
+        [&](Exchange& exchange) {
+            ++created < 3 ? exchange.reply(exchange.answer()) : exchange.close();
+        },
+        3);
+    EXPECT_THAT(failureOf(layOut), HasSubstr("createIndexes"));
+
+    EXPECT_EQ(failureOf(layOut), "done");
+
+    EXPECT_EQ(own.indexes(layout.name).size(), 1U + 2U) << "that of the key, and two";
+    EXPECT_GT(layout.indexes.size(), 2U);
 }
 
 // Secrets

@@ -52,8 +52,9 @@ public:
     static constexpr std::string_view collection = "ul_messages";
     using RepositoryStore::RepositoryStore;
     void write(int device) override {
-        static quint64 id = 0;
-        repository.SaveMessage(records::uplink{.id = ++id, .modem = device});
+        static quint64 count = 0;
+        const quint64 id = (static_cast<quint64>(device) << 32) + ++count;
+        repository.SaveMessage(records::uplink{.id = id, .modem = device});
     }
     void writeLarge(int device, int payloadBytes) {
         model::message message = records::uplink{.id = 1'000'000, .modem = device};
