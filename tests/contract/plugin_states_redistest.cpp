@@ -83,6 +83,14 @@ TEST_F(PluginDriverState, BelongsToTheHostAlone) {
     EXPECT_NE(state, create());
 }
 
+TEST_F(PluginDriverState, HasAWorkingCopyOfItsOwn) {
+    const auto one = create();
+    const auto other = create();
+    one->SetValue(device, "n"_q, 5);
+
+    EXPECT_EQ(other->GetAll(device), QJsonObject());
+}
+
 TEST_F(PluginDriverState, OutlivesTheFactory) {
     const auto state = create();
     delete plugin.root();
