@@ -10,11 +10,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const QJsonObject object = fuzz::parsed(text);
     fuzz::writeEachWay(object);
 
-    // What is kept comes back, but for byte order marks and lone surrogates.
     const QByteArray kept = model_convertors::compactJson(object);
     const QJsonObject again = QJsonDocument::fromJson(kept).object();
     fuzz::writeEachWay(again);
-    if (text.find("\xEF\xBB\xBF") == std::string::npos && text.find('\\') == std::string::npos) {
+    // Qt's parser takes a byte order mark from the start of each text.
+    constexpr auto mark = "\xEF\xBB\xBF";
+    if (text.find(mark) == std::string::npos && !kept.contains(mark)) {
         fuzz::require(model_convertors::compactJson(again) == kept, "the text comes back", text);
     }
     return 0;

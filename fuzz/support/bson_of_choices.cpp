@@ -1,6 +1,7 @@
 #include "fuzz/support/bson_of_choices.h"
 
 #include <array>
+#include <limits>
 #include <utility>
 
 namespace fuzz {
@@ -12,7 +13,6 @@ namespace {
 
 constexpr int deepest = 12;
 constexpr std::uint32_t mostDocuments = 24;
-constexpr std::int64_t maxSecs = 10'000'000'000'000;
 
 std::string text(choices& choices) {
     static constexpr std::array<std::string_view, 8> pieces{
@@ -56,7 +56,25 @@ std::int64_t wholeNumber(choices& choices) {
 }
 
 double real(choices& choices) {
-    return choices.below(2) == 0 ? choices.number<std::int16_t>() / 8.0 : choices.number<double>();
+    using limits = std::numeric_limits<double>;
+    static constexpr std::array<double, 8> limitCases{limits::quiet_NaN(),
+                                                      -limits::infinity(),
+                                                      limits::denorm_min(),
+                                                      limits::max(),
+                                                      -0.0,
+                                                      9007199254740992.0,
+                                                      -9223372036854775808.0,
+                                                      1e-5};
+    switch (choices.below(4)) {
+    case 0:
+        return choices.number<std::int16_t>() / 8.0;
+    case 1:
+        return limitCases[choices.below(limitCases.size())];
+    case 2:
+        return static_cast<double>(wholeNumber(choices));
+    default:
+        return choices.number<double>();
+    }
 }
 
 std::string nestedKey(choices& choices) {
@@ -151,7 +169,7 @@ std::string usual(choices& choices, const member& member) {
     case member::hex:
         return raw::string(member.key, hexText(choices));
     case member::date:
-        return raw::date(member.key, wholeNumber(choices) % maxSecs * 1000);
+        return raw::date(member.key, wholeNumber(choices));
     case member::object:
         return raw::embedded(member.key, raw::doc(nestedElements(choices)));
     case member::oid:

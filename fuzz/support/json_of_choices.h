@@ -24,8 +24,7 @@ std::string anyText(choices& choices, const json_names& names);
 QJsonObject parsed(std::string_view json);
 
 /// What is left of an object once it was written and parsed again often enough: Qt's parser takes
-/// a byte order mark from the start of each text and key, and its writer replaces lone surrogates;
-/// both leave the members out of order.
+/// a byte order mark from the start of each text and key, which leaves the members out of order.
 QJsonObject settled(QJsonObject object);
 
 } // namespace fuzz

@@ -5,6 +5,7 @@
 #include "mongo/ul_app_message_reopository.h"
 #include "tests/mongo/eav_repository_fixture.h"
 #include "tests/mongo/records.h"
+#include "tests/support/any_names.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/mongo_database.h"
 #include "tests/support/record_equality.h"
@@ -15,26 +16,6 @@ using namespace records;
 
 namespace {
 
-QString ofPlane(uint plane) {
-    const uint code = plane * 0x10000 + 0x1F50;
-    return QString::fromUcs4(&code, 1) + "x"_q;
-}
-
-/// A character of each plane of Unicode, and what servers, queries and JSON may take for something
-/// else.
-std::vector<QString> names() {
-    std::vector<QString> names{
-        "a\"b"_q,         "it's"_q,      "\\"_q,     "$gt"_q,        "a.b.c"_q,
-        "{}"_q,           "a\0b"_q,      "\0"_q,     "\n\r\t\x7f"_q, " "_q,
-        "%1"_q,           "; drop"_q,    "*"_q,      "^a.*$"_q,      "e\u0301"_q,
-        "\u00e9"_q,       "\u202eabc"_q, "\ufffd"_q, "\ufffe"_q,     QString(1000, u'\u6f22'),
-        "1-0:1.8.0*255"_q};
-    for (uint plane = 0; plane <= 0x10; ++plane) {
-        names.push_back(ofPlane(plane));
-    }
-    return names;
-}
-
 class AnyText : public test_support::UniqueMongoDatabase {
 protected:
     test_support::log_capture log;
@@ -43,7 +24,7 @@ protected:
 TEST_F(AnyText, IsATagOfAnUplink) {
     mongo::ULAPPMessageRepository repository{database.handle()};
     quint64 id = 0;
-    for (const QString& name : names()) {
+    for (const QString& name : test_support::anyNames()) {
         auto message = uplink{.id = ++id, .tag = name}.record();
         message.phy = message.hw_type = message.protocol = message.parse_status = name;
         message.data = QJsonDocument{QJsonObject{{"text"_q, name}}};
@@ -65,7 +46,7 @@ TEST_F(AnyText, IsATagOfAnUplink) {
 
 TEST_F(AnyText, IsTheTagAndTheCodeOfAValue) {
     mongo::EAVRepositoryMongo repository{database.handle()};
-    for (const QString& name : names()) {
+    for (const QString& name : test_support::anyNames()) {
         auto value = reading{.obis = name, .tag = name, .value = name}.record();
         value.message_id = name;
         repository.SaveValues({value});
@@ -84,7 +65,7 @@ TEST_F(AnyText, IsTheTagAndTheCodeOfAValue) {
 
 TEST_F(AnyText, IsTheMessageOfAnEvent) {
     mongo::EAVRepositoryMongo repository{database.handle()};
-    for (const QString& name : names()) {
+    for (const QString& name : test_support::anyNames()) {
         auto event = happening{.message = name}.record();
         event.message_id = name;
         repository.SaveEvents({event});
@@ -103,7 +84,7 @@ TEST_F(AnyText, IsTheMessageOfAnEvent) {
 
 TEST_F(AnyText, IsTheKeyAndTheContentOfACommand) {
     mongo::DLMessageRepository repository{database.handle()};
-    for (const QString& name : names()) {
+    for (const QString& name : test_support::anyNames()) {
         auto command = downlink{}.record();
         command.api_key = name;
         command.data = QJsonObject{{"text"_q, name}};
