@@ -50,7 +50,7 @@ bool CallLog::works() const {
 
 void CallLog::giveUp() {
     const std::lock_guard lock(m_mutex);
-    m_figures.stayedBroken += m_backSince ? 1 : 0;
+    ++m_figures.stayedBroken;
     m_backSince.reset();
 }
 

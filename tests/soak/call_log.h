@@ -22,7 +22,7 @@ struct CallFigures {
     /// Which call after the servers were back was the first to work (1 is the first), and how often
     /// it was that one.
     std::map<int, int> callsUntilWorking;
-    /// How often none worked for as long as was waited.
+    /// How often none worked, or nothing could be read, for as long as was waited.
     int stayedBroken = 0;
     /// What was thrown, without its numbers, and how often.
     std::map<std::string, std::int64_t> failures;

@@ -20,6 +20,8 @@ struct Findings {
     /// There though the call threw: a host that makes such a call again has the record twice, or
     /// has it refused if it has a key of its own.
     std::int64_t storedThoughThrown = 0;
+    /// How often it could not be read back, for what the example says.
+    std::int64_t unreadable = 0;
     /// The first few of what is wrong.
     QStringList examples;
 

@@ -74,6 +74,7 @@ QJsonObject toJson(const KindResult& kind) {
         {"thrown"_q, number(kind.calls.thrown)},
         {"storedThoughThrown"_q, number(kind.findings.storedThoughThrown)},
         {"read"_q, number(kind.findings.read)},
+        {"unreadable"_q, number(kind.findings.unreadable)},
         {"lost"_q, number(kind.findings.lost)},
         {"different"_q, number(kind.findings.different)},
         {"twice"_q, number(kind.findings.twice)},

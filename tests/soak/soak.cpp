@@ -104,16 +104,21 @@ private:
     /// Each of them may have a call under way that takes as long as it may, and then needs another
     /// one.
     void awaitWriters() {
-        const auto deadline = Clock::now() + 3 * (boundOf(true) + boundSlack);
+        const auto deadline = Clock::now() + 2 * (boundOf(false) + boundSlack);
         const auto areSettled = [this] {
             return std::ranges::all_of(m_writers,
                                        [](const auto& writer) { return writer->isSettled(); });
         };
-        while (!areSettled() && Clock::now() < deadline) {
+        while (!areSettled() && Clock::now() < deadline && !m_isToEnd()) {
             std::this_thread::sleep_for(2ms);
         }
+        if (m_isToEnd()) {
+            return;
+        }
         for (const auto& writer : m_writers) {
-            writer->giveUp();
+            if (const std::string why = writer->giveUp(); !why.empty()) {
+                m_say(writer->kind().name().toStdString() + ' ' + why);
+            }
         }
     }
 
@@ -145,6 +150,18 @@ private:
               std::to_string(all.thrown) + " thrown");
     }
 
+    static Findings readBack(Writer& writer) {
+        try {
+            return writer.readBack();
+        } catch (const std::exception& exception) {
+            Findings findings;
+            findings.unreadable = 1;
+            findings.example(writer.kind().name() + QStringLiteral(" cannot be read back: ") +
+                             QString::fromUtf8(exception.what()));
+            return findings;
+        }
+    }
+
     SoakResult result() {
         SoakResult result;
         result.seed = m_options.seed;
@@ -157,7 +174,7 @@ private:
                 .name = writer->kind().name(),
                 .usesRedis = usesRedis,
                 .calls = writer->calls(),
-                .findings = writer->readBack(),
+                .findings = readBack(*writer),
                 .bound = boundOf(usesRedis),
             });
         }
@@ -180,8 +197,9 @@ private:
 bool KindResult::keepsItsPromises() const {
     constexpr int callsAllowed = 2;
     const auto& until = calls.callsUntilWorking;
-    return findings.lost == 0 && findings.different == 0 && findings.twice == 0 &&
-           calls.stayedBroken == 0 && (until.empty() || until.rbegin()->first <= callsAllowed) &&
+    return findings.unreadable == 0 && findings.lost == 0 && findings.different == 0 &&
+           findings.twice == 0 && calls.stayedBroken == 0 &&
+           (until.empty() || until.rbegin()->first <= callsAllowed) &&
            calls.longest <= bound + boundSlack;
 }
 

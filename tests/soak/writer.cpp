@@ -46,6 +46,7 @@ void Writer::save(int call) {
         m_kind->save(call);
     } catch (const std::exception& exception) {
         failure = exception.what();
+        keep(exception);
     }
     const auto end = Clock::now();
     m_kind->note(call, !failure);
@@ -56,9 +57,27 @@ void Writer::check() {
     try {
         m_kind->check();
         m_isToCheck = false;
-    } catch (const std::exception&) {
+    } catch (const std::exception& exception) {
         // Another server is not there: again after the next call.
+        keep(exception);
     }
+}
+
+void Writer::keep(const std::exception& exception) {
+    const std::lock_guard lock(m_mutex);
+    m_lastFailure = exception.what();
+}
+
+std::string Writer::giveUp() {
+    if (isSettled()) {
+        return {};
+    }
+    const std::lock_guard lock(m_mutex);
+    const std::string why =
+        (m_calls.works() ? "cannot be read: " : "does not work: ") + m_lastFailure;
+    m_calls.giveUp();
+    m_isToCheck = false;
+    return why;
 }
 
 } // namespace soak
