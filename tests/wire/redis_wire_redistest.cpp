@@ -305,6 +305,19 @@ TEST_P(RedisWireOf, IsGivenUpWhenNobodyAnswersTheKnocking) {
 INSTANTIATE_TEST_SUITE_P(Of, RedisWireOf, testing::ValuesIn(redisKinds()),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// More than the sockets' buffers hold, so that the writing itself fails.
+TEST_F(RedisWireTest, ThatIsClosedInsideALargeRequestRaisesNoSignal) {
+    StateStore states(conf(), mongo.url());
+    states.write(device, 3);
+    redis.closeAfter(100'000);
+
+    const Ending ending =
+        endingOf<Connection::Exception>([&] { states.writeLarge(device, 16 << 20); });
+
+    EXPECT_THAT(ending.failure.value_or("done"), HasSubstr("SET: "));
+    EXPECT_EQ(states.read(device), 3);
+}
+
 // A name with several addresses
 
 class RedisHostName : public RedisWireTest {
