@@ -12,7 +12,6 @@ namespace {
 using namespace std::chrono_literals;
 
 using RedisClient::Connection;
-using test_support::Exchange;
 using test_support::FullListener;
 using test_support::NameWithAddresses;
 using test_support::RedirectedPort;
