@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -730,43 +729,6 @@ TEST(RedisConnection, SurvivesAForkedChildThatDestroysItsCopy) {
     EXPECT_TRUE(connection->isConnected());
     EXPECT_EQ(connection->commandSync({"SET", "a", "b"}).type(), Response::Status);
     EXPECT_EQ(peer.connections(), 1);
-}
-
-// SIGPIPE
-
-std::atomic<int> brokenPipes = 0;
-
-/// Counts the signal for as long as it lives.
-class BrokenPipeCounter {
-public:
-    BrokenPipeCounter() {
-        struct sigaction counting{};
-        counting.sa_handler = [](int) { ++brokenPipes; };
-        ::sigaction(SIGPIPE, &counting, &m_before);
-    }
-    ~BrokenPipeCounter() { ::sigaction(SIGPIPE, &m_before, nullptr); }
-    BrokenPipeCounter(const BrokenPipeCounter&) = delete;
-    BrokenPipeCounter& operator=(const BrokenPipeCounter&) = delete;
-
-private:
-    struct sigaction m_before{};
-};
-
-TEST(RedisConnection, RaisesNoSignalWhenTheServerClosesUnderACommand) {
-    const FakePeer peer([](TestSocket& client, int) {
-        client.readCommand();
-        client.write("+PONG\r\n");
-        client.read();
-        // In this order the next write of the client finds a broken pipe and not a reset.
-        client.endWriting();
-    });
-    const BrokenPipeCounter counter;
-    Connection connection(configFor(peer.port()));
-    const QByteArray moreThanSocketsBuffer(64 << 20, 'x');
-
-    failureOf(connection, {"SET", "key", moreThanSocketsBuffer});
-
-    EXPECT_EQ(brokenPipes, 0);
 }
 
 } // namespace

@@ -132,6 +132,7 @@ QByteArray WireProxy::take(TestSocket& from, TestSocket& other, int (*sizeOf)(co
         if (sizeOf == m_framing.requestSize) {
             if (const int allowedBytes = allowed(more.size()); allowedBytes < more.size()) {
                 other.write(bytes.chopped(more.size() - allowedBytes));
+                from.endWriting(); // so that the rest of what it writes finds a broken pipe
                 return {};
             }
         }

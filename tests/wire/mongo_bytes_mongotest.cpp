@@ -87,25 +87,22 @@ protected:
         constexpr int bodyAt = 21;
         const QByteArray sound = answerTo(request, call);
         for (const int place : bytePlaces(bodyAt, sound.size())) {
-            for (const char damage : {'\x01', '\x80', '\xff'}) {
-                SCOPED_TRACE("byte " + std::to_string(place) + " damaged by " +
-                             std::to_string(static_cast<unsigned char>(damage)));
-                const int device = nextDevice();
-                made(kind)->write(device);
-                proxy.breakAt(request, answering([=](QByteArray answer) {
-                                  if (place < answer.size()) {
-                                      answer[place] = static_cast<char>(answer[place] ^ damage);
-                                  }
-                                  return answer;
-                              }));
-                const int status = statusOf(device, call, next);
-                proxy.breakAt({}, nullptr, 0);
-                EXPECT_TRUE(WIFEXITED(status)
-                                ? WEXITSTATUS(status) == 0
-                                : allowed == orByTheDriver && WTERMSIG(status) == SIGABRT)
-                    << status;
-                checkAfterwards(device);
-            }
+            const char damage = "\x01\x80\xff"[place % 3];
+            SCOPED_TRACE("byte " + std::to_string(place));
+            const int device = nextDevice();
+            made(kind)->write(device);
+            proxy.breakAt(request, answering([=](QByteArray answer) {
+                              if (place < answer.size()) {
+                                  answer[place] = static_cast<char>(answer[place] ^ damage);
+                              }
+                              return answer;
+                          }));
+            const int status = statusOf(device, call, next);
+            proxy.breakAt({}, nullptr, 0);
+            EXPECT_TRUE(WIFEXITED(status) ? WEXITSTATUS(status) == 0
+                                          : allowed == orByTheDriver && WTERMSIG(status) == SIGABRT)
+                << status;
+            checkAfterwards(device);
         }
     }
 
@@ -163,7 +160,7 @@ TEST_P(MongoDamage, OfTheAnswerToAReadHarmsNothingElse) {
 
 // The driver may take the server for another kind then, until it greets again.
 TEST_P(MongoDamage, OfTheAnswerToTheGreetingIsOverWithTheObject) {
-    damageAnswersTo("hello", read, [](Store&, int) {}, wellOnly);
+    damageAnswersTo("hello", read, [](Store&, int) {}, orByTheDriver);
 }
 
 const auto nameOf = [](const auto& info) { return std::string(info.param.name); };

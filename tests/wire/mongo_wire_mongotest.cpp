@@ -11,9 +11,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-using test_support::Exchange;
 using test_support::FullListener;
-using test_support::NameWithAddresses;
 using test_support::RedirectedPort;
 using test_support::TestSocket;
 using testing::AllOf;
@@ -21,7 +19,6 @@ using testing::Ge;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Lt;
-using testing::Not;
 
 // Where the parts of an answer stand.
 constexpr int lengthAt = 0;

@@ -30,6 +30,10 @@ public:
         m_states.SetValue(device, QStringLiteral("n"), number);
         m_states.Push(device, true);
     }
+    void writeLarge(int device, int bytes) {
+        m_states.SetValue(device, QStringLiteral("n"), QByteArray(bytes, 'x'));
+        m_states.Push(device, true);
+    }
     int read(int device) override {
         m_states.Pull(device);
         return m_states.GetAll(device).value(QStringLiteral("n")).toInt();

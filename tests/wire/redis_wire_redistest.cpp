@@ -12,7 +12,6 @@ namespace {
 using namespace std::chrono_literals;
 
 using RedisClient::Connection;
-using test_support::Exchange;
 using test_support::FullListener;
 using test_support::NameWithAddresses;
 using test_support::RedirectedPort;
@@ -304,6 +303,19 @@ TEST_P(RedisWireOf, IsGivenUpWhenNobodyAnswersTheKnocking) {
 
 INSTANTIATE_TEST_SUITE_P(Of, RedisWireOf, testing::ValuesIn(redisKinds()),
                          [](const auto& info) { return std::string(info.param.name); });
+
+// More than the sockets' buffers hold, so that the writing itself fails.
+TEST_F(RedisWireTest, ThatIsClosedInsideALargeRequestRaisesNoSignal) {
+    StateStore states(conf(), mongo.url());
+    states.write(device, 3);
+    redis.closeAfter(100'000);
+
+    const Ending ending =
+        endingOf<Connection::Exception>([&] { states.writeLarge(device, 16 << 20); });
+
+    EXPECT_THAT(ending.failure.value_or("done"), HasSubstr("SET: "));
+    EXPECT_EQ(states.read(device), 3);
+}
 
 // A name with several addresses
 
