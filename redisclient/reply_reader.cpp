@@ -166,7 +166,7 @@ std::optional<Response> ReplyReader::read(std::string_view received) {
         return std::nullopt;
     }
     releaseRoom();
-    m_receivedBytes = 0;
+    m_receivedBytes = m_reader->len - m_reader->pos; // has begun the next one
     m_receivedElements = 0;
     if (m_type == Response::Error) {
         return Response::error(std::exchange(m_value, QVariant()).toByteArray());

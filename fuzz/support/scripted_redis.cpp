@@ -82,6 +82,7 @@ void ScriptedRedis::close() {
 
 } // namespace fuzz
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's are reserved
 extern "C" ssize_t recv(int fd, void* buffer, std::size_t size, int flags) {
     static const auto call = reinterpret_cast<decltype(&::recv)>(::dlsym(RTLD_NEXT, "recv"));
     if (fuzz::server != nullptr) {
