@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cxxabi.h>
+#include <gmock/gmock.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -47,6 +48,22 @@ inline FailedAttempt attempt(const std::function<void()>& action) {
     failed.took = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::now() - start);
     return failed;
+}
+
+/// With an exception of that type and a text that matches, before `timeOut`.
+template <typename Text>
+auto failsBefore(std::chrono::milliseconds timeOut, const char* type, const Text& text) {
+    using testing::Field;
+    return testing::AllOf(Field("type", &FailedAttempt::type, type),
+                          Field("text", &FailedAttempt::text, text),
+                          Field("took", &FailedAttempt::took, testing::Lt(timeOut)));
+}
+
+inline constexpr const char* mongoException = "mongocxx::v1::exception";
+inline constexpr const char* redisException = "RedisClient::Connection::Exception";
+
+inline auto succeeds() {
+    return testing::Field("type", &FailedAttempt::type, "");
 }
 
 } // namespace test_support

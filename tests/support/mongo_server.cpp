@@ -60,11 +60,11 @@ void MongoServer::kill() {
 }
 
 void MongoServer::freeze() {
-    ::kill(static_cast<pid_t>(m_process->processId()), SIGSTOP);
+    m_process->send(SIGSTOP);
 }
 
 void MongoServer::resume() {
-    ::kill(static_cast<pid_t>(m_process->processId()), SIGCONT);
+    m_process->send(SIGCONT);
 }
 
 } // namespace test_support

@@ -76,7 +76,8 @@ QStringList PostgresqlServer::asUser(const QStringList& command) const {
                   QStringLiteral("--init-groups"), QStringLiteral("--"), QStringLiteral("setpriv")};
     }
     return whole +
-           QStringList{QStringLiteral("--pdeathsig"), QStringLiteral("QUIT"), QStringLiteral("--")} +
+           QStringList{QStringLiteral("--pdeathsig"), QStringLiteral("QUIT"),
+                       QStringLiteral("--")} +
            command;
 }
 

@@ -2,12 +2,9 @@
 
 #include "tests/support/test_socket.h"
 
-#include <QProcess>
 #include <QUrl>
 
 #include <signal.h>
-#include <sys/prctl.h>
-#include <unistd.h>
 
 #include <stdexcept>
 
@@ -15,27 +12,9 @@ namespace test_support {
 
 namespace {
 
-constexpr int startMsecs = 30'000;
 constexpr const char* ready = "Ready to accept connections";
 
 } // namespace
-
-class RedisServer::Process : public QProcess {
-public:
-    ~Process() override {
-        if (state() != NotRunning) {
-            ::kill(static_cast<pid_t>(processId()), SIGCONT);
-            kill();
-            waitForFinished(startMsecs);
-        }
-    }
-
-protected:
-    void setupChildProcess() override {
-        ::setsid(); // the terminal's Ctrl-C is for the test
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    }
-};
 
 RedisServer::RedisServer(QStringList options, QString host)
     : m_options(std::move(options)), m_host(std::move(host)) {
@@ -47,27 +26,22 @@ RedisServer::RedisServer(QStringList options, QString host)
             return;
         }
     }
-    throw std::runtime_error(
-        "redis-server does not start: " + m_process->readAllStandardOutput().toStdString() +
-        m_process->errorString().toStdString());
+    throw std::runtime_error("redis-server does not start: " + m_process->log().toStdString() +
+                             m_process->errorString().toStdString());
 }
 
 RedisServer::~RedisServer() = default;
 
 bool RedisServer::tryToStart(const QStringList& more, const char* outputToWaitFor) {
-    m_process = std::make_unique<Process>();
-    m_process->setProcessChannelMode(QProcess::MergedChannels);
-    m_process->start(QStringLiteral("redis-server"),
-                     QStringList{QStringLiteral("--port"), QString::number(m_port),
-                                 QStringLiteral("--bind"), m_host, QStringLiteral("--save"),
-                                 QString(), QStringLiteral("--dir"), m_folder.path()} +
-                         m_options + more);
-    QByteArray output;
-    while (!output.contains(outputToWaitFor)) {
-        if (!m_process->waitForReadyRead(startMsecs)) {
-            return false;
-        }
-        output += m_process->readAllStandardOutput();
+    m_process = std::make_unique<ServerProcess>(m_folder.filePath(QStringLiteral("log")));
+    if (!m_process->startAndAwait(QStringLiteral("redis-server"),
+                                  QStringList{QStringLiteral("--port"), QString::number(m_port),
+                                              QStringLiteral("--bind"), m_host,
+                                              QStringLiteral("--save"), QString(),
+                                              QStringLiteral("--dir"), m_folder.path()} +
+                                      m_options + more,
+                                  outputToWaitFor)) {
+        return false;
     }
     makeAdmin();
     return true;
@@ -80,10 +54,7 @@ void RedisServer::makeAdmin() {
 
 void RedisServer::stop() {
     m_admin.reset();
-    m_process->terminate();
-    if (!m_process->waitForFinished(startMsecs)) {
-        throw std::runtime_error("redis-server does not stop");
-    }
+    m_process->endBy(SIGTERM);
 }
 
 void RedisServer::start() {
@@ -95,10 +66,7 @@ void RedisServer::start() {
 
 void RedisServer::kill() {
     m_admin.reset();
-    m_process->kill();
-    if (!m_process->waitForFinished(startMsecs)) {
-        throw std::runtime_error("redis-server cannot be killed");
-    }
+    m_process->killAndWait();
 }
 
 void RedisServer::startLoading(std::chrono::microseconds timeForAKey, const QStringList& more) {
@@ -112,11 +80,11 @@ void RedisServer::startLoading(std::chrono::microseconds timeForAKey, const QStr
 }
 
 void RedisServer::freeze() {
-    ::kill(static_cast<pid_t>(m_process->processId()), SIGSTOP);
+    m_process->send(SIGSTOP);
 }
 
 void RedisServer::resume() {
-    ::kill(static_cast<pid_t>(m_process->processId()), SIGCONT);
+    m_process->send(SIGCONT);
 }
 
 void RedisServer::setPassword(const QByteArray& password) {

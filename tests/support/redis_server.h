@@ -1,6 +1,7 @@
 #pragma once
 
 #include "redisclient/redisclient.h"
+#include "tests/support/server_process.h"
 
 #include <QByteArray>
 #include <QList>
@@ -50,8 +51,6 @@ public:
     QByteArray clientField(const QByteArray& client, const QByteArray& name);
 
 private:
-    class Process;
-
     bool tryToStart(const QStringList& more, const char* outputToWaitFor);
     void makeAdmin();
 
@@ -60,7 +59,7 @@ private:
     QTemporaryDir m_folder;
     int m_port = 0;
     QByteArray m_password;
-    std::unique_ptr<Process> m_process;
+    std::unique_ptr<ServerProcess> m_process;
     std::unique_ptr<RedisClient::Connection> m_admin;
 };
 

@@ -53,12 +53,16 @@ bool ServerProcess::startAndAwait(const QString& program, const QStringList& arg
     return true;
 }
 
+void ServerProcess::send(int signal) {
+    ::kill(static_cast<pid_t>(processId()), signal);
+}
+
 void ServerProcess::killAndWait() {
     endBy(SIGKILL);
 }
 
 void ServerProcess::endBy(int signal) {
-    ::kill(static_cast<pid_t>(processId()), signal);
+    send(signal);
     if (!waitForFinished(patienceMsecs)) {
         throw std::runtime_error(program().toStdString() + " does not end");
     }

@@ -16,6 +16,7 @@ public:
     /// Starts it and returns once its log says `ready`; false if it ends before, or says nothing
     /// for half a minute. The log begins anew.
     bool startAndAwait(const QString& program, const QStringList& arguments, const char* ready);
+    void send(int signal);
     /// Ends it without a chance to do anything (SIGKILL). Throws std::runtime_error if it stays.
     void killAndWait();
     /// Asks it to end by this signal, and waits. Throws std::runtime_error if it stays.
