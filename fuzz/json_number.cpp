@@ -17,7 +17,10 @@ double numberOf(fuzz::choices& choices) {
         return choices.number<double>();
     }
     const auto digits = static_cast<double>(choices.number<std::int64_t>() >> choices.below(64));
-    return kind < 0x80 ? digits : kind < 0xC0 ? digits / 1000.0 : std::ldexp(digits, -(kind % 64));
+    if (kind < 0x80) {
+        return digits;
+    }
+    return kind < 0xC0 ? digits / 1000.0 : std::ldexp(digits, -(kind % 64));
 }
 
 /// Written directly, it is what Qt writes, and comes back.

@@ -20,15 +20,15 @@ mongo::persistent_store<Interface>::persistent_store(const std::string& mongoUrl
 template <typename Interface>
 void mongo::persistent_store<Interface>::Create() {}
 template <typename Interface>
-bool mongo::persistent_store<Interface>::Save(int, const QJsonObject&) {
+bool mongo::persistent_store<Interface>::Save(int /*modem_id*/, const QJsonObject& /*state*/) {
     return false;
 }
 template <typename Interface>
-QJsonObject mongo::persistent_store<Interface>::Get(int) {
+QJsonObject mongo::persistent_store<Interface>::Get(int /*modem_id*/) {
     return {};
 }
 template <typename Interface>
-bool mongo::persistent_store<Interface>::Delete(int) {
+bool mongo::persistent_store<Interface>::Delete(int /*modem_id*/) {
     return false;
 }
 template class mongo::persistent_store<interfaces::IDriverStatePersistent>;

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -62,8 +63,7 @@ bool same(const QVariant& value, const redisReply& reply) {
         return !value.isValid();
     case REDIS_REPLY_ARRAY: {
         const QVariantList list = value.toList();
-        bool isSame = value.type() == QVariant::List &&
-                      static_cast<std::size_t>(list.size()) == reply.elements;
+        bool isSame = value.type() == QVariant::List && std::cmp_equal(list.size(), reply.elements);
         for (std::size_t i = 0; isSame && i < reply.elements; ++i) {
             isSame = same(list[static_cast<int>(i)], *reply.element[i]);
         }

@@ -19,10 +19,12 @@ std::string text(choices& choices) {
         "kWh", "1-0:1.8.0", "é", "漢字", "\U0001F600", "\"\\\n\t\x7f", "\xEF\xBB\xBF", "\xC3"};
     const std::uint32_t kind = choices.below(32);
     if (kind < pieces.size()) {
-        return std::string{pieces[kind]} + std::string{pieces[choices.below(pieces.size())]};
+        std::string text{pieces[kind]};
+        return text += pieces[choices.below(pieces.size())];
     }
     if (kind < 12) {
-        return std::string(choices.byte(), static_cast<char>(choices.byte()));
+        const std::size_t size = choices.byte();
+        return std::string(size, static_cast<char>(choices.byte()));
     }
     return std::string{choices.bytes(kind - 12)};
 }
@@ -46,8 +48,10 @@ std::int64_t wholeNumber(choices& choices) {
     switch (choices.below(4)) {
     case 0:
         return 1'700'000'000 + choices.byte();
-    case 1:
-        return limits[choices.below(limits.size())] + choices.number<std::int8_t>();
+    case 1: {
+        const std::int64_t limit = limits[choices.below(limits.size())];
+        return limit + choices.number<std::int8_t>();
+    }
     case 2:
         return choices.number<std::int16_t>();
     default:
@@ -129,8 +133,10 @@ std::string value(choices& choices, const std::string& key, int depth) {
         return raw::date(key, wholeNumber(choices));
     case 19:
         return raw::oid(key, "twelve bytes");
-    case 20:
-        return raw::binary(key, text(choices), static_cast<char>(choices.byte()));
+    case 20: {
+        const std::string bytes = text(choices);
+        return raw::binary(key, bytes, static_cast<char>(choices.byte()));
+    }
     case 21:
         return raw::undefined(key);
     case 22:
@@ -148,13 +154,16 @@ std::string value(choices& choices, const std::string& key, int depth) {
         return raw::codeWithScope(key, text(choices), raw::doc(raw::int32("x", 1)));
     case 28:
         return raw::timestamp(key, choices.number<std::uint64_t>());
-    case 29:
-        return raw::decimal128(key, choices.number<std::uint64_t>(),
-                               choices.number<std::uint64_t>());
+    case 29: {
+        const auto low = choices.number<std::uint64_t>();
+        return raw::decimal128(key, low, choices.number<std::uint64_t>());
+    }
     case 30:
         return choices.below(2) == 0 ? raw::minKey(key) : raw::maxKey(key);
-    default:
-        return raw::detail::element(choices.byte(), key, text(choices));
+    default: {
+        const std::uint8_t type = choices.byte();
+        return raw::detail::element(type, key, text(choices));
+    }
     }
 }
 
@@ -203,13 +212,15 @@ std::string elementsOf(choices& choices, const std::vector<member>& members) {
             elements += value(choices, member.key, 0);
             break;
         case 13:
-            elements += usual(choices, member) + value(choices, member.key, 0);
+            elements += usual(choices, member);
+            elements += value(choices, member.key, 0);
             break;
         case 14:
             last += usual(choices, member);
             break;
         case 15:
-            elements += value(choices, nestedKey(choices), 0) + usual(choices, member);
+            elements += value(choices, nestedKey(choices), 0);
+            elements += usual(choices, member);
             break;
         default:
             elements += usual(choices, member);

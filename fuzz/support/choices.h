@@ -9,7 +9,9 @@
 
 namespace fuzz {
 
-/// Takes the bytes of an input for choices, one after the other. Zeros follow the last byte.
+/// Takes the bytes of an input for choices, one after the other. Zeros follow the last byte. One
+/// choice an expression: compilers differ in the order of operands, and an input has to mean the
+/// same to each.
 class choices {
 public:
     explicit choices(std::string_view bytes) : m_rest(bytes) {}

@@ -69,7 +69,9 @@ public:
         std::string members;
         for (std::uint32_t rest = m_choices.below(10); rest > 0; --rest) {
             members += members.empty() ? "" : ",";
-            members += key() + ':' + value(depth);
+            members += key();
+            members += ':';
+            members += value(depth);
         }
         return '{' + members + '}';
     }
