@@ -108,7 +108,7 @@ TEST_F(RedisTunnels, ShowThatTheyAreGone) {
                 fails(EndsWith(": SMEMBERS: not connected: connect: Connection refused")));
 }
 
-// Which of the three it is, only the tunnel's log says.
+// Which of the three it is, only the tunnel's log says. It may close before AUTH is sent, or after.
 TEST_F(RedisTunnels, CloseBeforeAServerThatIsNotTheRightOne) {
     for (const auto& certificate : {certificates->expired(), certificates->forAnotherHost(),
                                     certificates->byUnknownAuthority()}) {
@@ -116,7 +116,7 @@ TEST_F(RedisTunnels, CloseBeforeAServerThatIsNotTheRightOne) {
         const auto through = tunnel();
 
         EXPECT_THAT(attempt([&] { open(through.port()); }),
-                    fails(AllOf(HasSubstr(": DBSIZE: not connected: AUTH: "), closed())))
+                    fails(AllOf(HasSubstr(": DBSIZE: not connected: "), closed())))
             << certificate.certificate.toStdString();
     }
 }
