@@ -39,12 +39,12 @@ class IDeviceClientsDatabase;
 /// over. That library writes to the standard output and error unless the instance gets a logger.
 ///
 /// Every call builds an object of its own, owned by the caller through the shared pointer; `parent`
-/// is ignored. Calls may come from any threads at once; what they return is for one thread at a time,
-/// but not always the same. Fetching the factory has no lock: do that on one thread. A forked child
-/// neither uses nor destroys what its parent has made, but may make its own.
-/// Missing or mistyped settings take their default (an empty "url", which the MongoDB driver
-/// refuses). Whatever the client libraries throw while the object is built passes through; nothing
-/// is left behind then.
+/// is ignored. Calls may come from any threads at once; what they return is for one thread at a
+/// time, but not always the same. Fetching the factory has no lock: do that on one thread. A forked
+/// child neither uses nor destroys what its parent has made, but may make its own. Missing or
+/// mistyped settings take their default (an empty "url", which the MongoDB driver refuses).
+/// Whatever the client libraries throw while the object is built passes through; nothing is left
+/// behind then.
 class IDatabaseFactory {
 public:
     virtual ~IDatabaseFactory() = default;

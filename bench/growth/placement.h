@@ -45,12 +45,16 @@ void place(Record& record, std::size_t index) {
     const auto among = [place = index / 4](int devices) {
         return static_cast<int>(place % static_cast<std::size_t>(devices));
     };
-    const bool first = index < fewestStored;
-    const bool other = !first && index % 2 == 1;
-    record.modem_id = first            ? 1 + static_cast<int>(index % busyDevices)
-                      : other          ? 1 + busyDevices + quietDevices + among(otherDevices)
-                      : index % 4 == 0 ? 1 + among(busyDevices)
-                                       : 1 + busyDevices + among(quietDevices);
+    const bool other = index >= fewestStored && index % 2 == 1;
+    if (index < fewestStored) {
+        record.modem_id = 1 + static_cast<int>(index % busyDevices);
+    } else if (other) {
+        record.modem_id = 1 + busyDevices + quietDevices + among(otherDevices);
+    } else if (index % 4 == 0) {
+        record.modem_id = 1 + among(busyDevices);
+    } else {
+        record.modem_id = 1 + busyDevices + among(quietDevices);
+    }
     record.timestamp =
         newestTime().addSecs(-static_cast<qint64>(other ? index % fewestStored : index));
 }

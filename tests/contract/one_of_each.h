@@ -86,8 +86,8 @@ public:
             all.push_back(content(number));
         }
         std::vector<QJsonObject> found;
-        for (const auto& message : everyOne(
-                 m_messages->UlMessageRepository()->GetMessages(everything<model::filter_roll>()))) {
+        for (const auto& message : everyOne(m_messages->UlMessageRepository()->GetMessages(
+                 everything<model::filter_roll>()))) {
             found.push_back(message.data.object());
         }
         EXPECT_THAT(found, UnorderedElementsAreArray(all)) << "uplinks of " << m_device;
@@ -197,8 +197,7 @@ protected:
     /// Asks the servers directly how many records of each kind there are of the n-th device.
     void expectStored(int n, int count) {
         const std::string device = R"({"modem_id": )" + number(n) + "}";
-        for (const char* collection :
-             {"ul_messages", "dl_messages", "eav_values", "eav_events"}) {
+        for (const char* collection : {"ul_messages", "dl_messages", "eav_values", "eav_events"}) {
             EXPECT_EQ(database.count(collection, device), count) << collection << number(n);
         }
         for (const auto& [collection, path] :
