@@ -66,7 +66,7 @@ void storeClients(RawRedis& redis, std::size_t begin, std::size_t end) {
     for (std::size_t device = begin; device < end; ++device) {
         const auto clients = clientsOf(device);
         QList<QByteArray> add{"SADD", keyOf("clients", device)};
-        std::copy(clients.begin(), clients.end(), std::back_inserter(add));
+        std::ranges::copy(clients, std::back_inserter(add));
         redis.run(add);
         const auto info = infoOf(device);
         redis.run({"HSET", keyOf("properties", device), "hw_type", info.front(), "protocol",

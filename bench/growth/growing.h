@@ -23,7 +23,7 @@ struct GrowthStep {
     Contest contest;
     /// The indexes by which the server finds the records; empty where it looks for none, and where
     /// it is Redis, which has its keys only.
-    QString plan = {};
+    QString plan;
 };
 
 /// One kind of record, or of key, and all that is asked of it.

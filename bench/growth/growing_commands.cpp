@@ -106,7 +106,8 @@ void addWrites(Stores& stores, const RawCollectionPtr& collection, std::vector<G
                              }
                              return documents.size();
                          },
-                         conditions)});
+                         conditions),
+                     .plan = {}});
     steps.push_back({.operation = "downlink DeleteMessages",
                      .contest = removeSaved(
                          collection, documents,

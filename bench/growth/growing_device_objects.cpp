@@ -82,12 +82,13 @@ public:
         const auto& name = m_objects.name;
         auto fromCopy = pullContest(stored, true);
         fromCopy.beforeBlock = [this] { forgetKeys(); };
-        return {{.operation = name + " Push", .contest = pushContest(stored, false)},
-                {.operation = name + " Push persist", .contest = pushContest(stored, true)},
-                {.operation = name + " Pull", .contest = pullContest(stored, false)},
-                {.operation = name + " Pull from copy",
-                 .contest = std::move(fromCopy),
-                 .plan = m_stores.planOf(m_objects.copies, {idOf(0), {}})}};
+        return {
+            {.operation = name + " Push", .contest = pushContest(stored, false), .plan = {}},
+            {.operation = name + " Push persist", .contest = pushContest(stored, true), .plan = {}},
+            {.operation = name + " Pull", .contest = pullContest(stored, false), .plan = {}},
+            {.operation = name + " Pull from copy",
+             .contest = std::move(fromCopy),
+             .plan = m_stores.planOf(m_objects.copies, {idOf(0), {}})}};
     }
 
 private:
@@ -97,13 +98,13 @@ private:
         return query.take();
     }
 
-    void pushAsked() {
+    void pushAsked() const {
         for (std::size_t device = 0; device < askedDevices; ++device) {
             m_calls.push(static_cast<int>(device), true);
         }
     }
 
-    void forgetKeys() {
+    void forgetKeys() const {
         QList<QByteArray> command{"DEL"};
         for (std::size_t device = 0; device < askedDevices; ++device) {
             command.append(m_objects.keyOf(static_cast<int>(device)));
@@ -146,7 +147,8 @@ Growing growingStates(Stores& stores) {
         for (const std::size_t devices : otherKinds) {
             steps.push_back({.operation = "state GetAllStates",
                              .devices = devices,
-                             .contest = allStatesContest(stores, kindOf(devices), devices)});
+                             .contest = allStatesContest(stores, kindOf(devices), devices),
+                             .plan = {}});
         }
         return steps;
     };
@@ -169,9 +171,11 @@ Growing growingClients(Stores& stores) {
                 [&stores] {
                     return std::vector<GrowthStep>{
                         {.operation = "clients GetDeviceClients",
-                         .contest = deviceClientsContest(stores, askedDevices)},
+                         .contest = deviceClientsContest(stores, askedDevices),
+                         .plan = {}},
                         {.operation = "clients GetDeviceInfo",
-                         .contest = deviceInfoContest(stores, askedDevices)}};
+                         .contest = deviceInfoContest(stores, askedDevices),
+                         .plan = {}}};
                 }};
 }
 

@@ -20,12 +20,12 @@ struct Kind {
     std::string_view collection;
     std::span<const layout::index> indexes;
     std::vector<Record> (*make)(std::size_t count, std::size_t first);
-    const char* saving;
+    const char* saving = nullptr;
     void (Repository::*save)(const std::list<Record>&);
-    const char* getting;
+    const char* getting = nullptr;
     std::shared_ptr<mongo::by_device<Record>> (Repository::*get)(const model::filter_eav&);
-    const char* erasing;
-    void (Repository::*erase)(const model::filter_eav&);
+    const char* erasing = nullptr;
+    void (Repository::*erase)(const model::filter_eav&) = nullptr;
 };
 
 constexpr Kind<model::dev_value> valueKind{layout::eav_values::collection,
@@ -85,7 +85,8 @@ void addWrites(Stores& stores, const RawCollectionPtr& collection, const Kind<Re
                  collection->measured.insert_many(documents);
                  return documents.size();
              },
-             {conditions})});
+             {conditions}),
+         .plan = {}});
     steps.push_back({.operation = kind.erasing,
                      .contest = removeSaved(
                          collection, documents,

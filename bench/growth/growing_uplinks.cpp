@@ -49,7 +49,8 @@ std::vector<GrowthStep> steps(Stores& stores, const RawCollectionPtr& collection
                              }
                              return documents.size();
                          },
-                         {conditions})});
+                         {conditions}),
+                     .plan = {}});
     steps.push_back(
         {.operation = "uplink DeleteMessages",
          .contest = removeSaved(collection, documents,
