@@ -40,7 +40,7 @@ def surroundings(results):
             lines.append(f"{kind.capitalize()}: {pairs}.")
     if results["quick"]:
         lines.append("A quick run: its ratios mean nothing.")
-    else:
+    elif "growth" not in results:
         lines += not_settled(results)
     return lines + [""]
 
