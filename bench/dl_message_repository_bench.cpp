@@ -13,7 +13,6 @@ namespace bench {
 namespace {
 
 namespace field = layout::dl_messages;
-using bson_utils::bson_builder;
 using dl_status = model::dl_message::dl_status;
 using Repository = interfaces::IDLAPPMessageRepository;
 
@@ -43,14 +42,6 @@ std::vector<QString> storeCommands(Stores& stores, std::size_t size) {
         ids.push_back(command.db_id);
     }
     return ids;
-}
-
-bsoncxx::v1::document::value settingStatus(dl_status status) {
-    bson_builder update;
-    update.appendDocument("$set", [&](bson_builder& set) {
-        set.appendInt32(field::status, static_cast<std::int32_t>(status));
-    });
-    return update.take();
 }
 
 Contest saveMessage(Stores& stores, std::size_t size) {

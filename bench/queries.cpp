@@ -110,6 +110,14 @@ std::vector<ReadyQuery> newestOf(const model::filter_dl& filter, Commands which)
     return queries;
 }
 
+bsoncxx::v1::document::value settingStatus(dl_status status) {
+    bson_builder update;
+    update.appendDocument("$set", [&](bson_builder& set) {
+        set.appendInt32(command_field::status, static_cast<std::int32_t>(status));
+    });
+    return update.take();
+}
+
 Documents conditionsOf(const std::vector<QString>& ids) {
     Documents queries;
     for (const QString& id : ids) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bench/baselines/raw_collection.h"
+#include "model/dl_message.h"
 #include "model/filter_dl.h"
 #include "model/filter_eav.h"
 #include "model/filter_roll.h"
@@ -24,6 +25,9 @@ enum class Commands { all, notAcknowledged };
 /// For each device.
 Documents conditionsOf(const model::filter_dl& filter, Commands which);
 std::vector<ReadyQuery> newestOf(const model::filter_dl& filter, Commands which);
+
+/// What an update of a command's status sends.
+bsoncxx::v1::document::value settingStatus(model::dl_message::dl_status status);
 
 /// Of commands, each by its id.
 Documents conditionsOf(const std::vector<QString>& ids);

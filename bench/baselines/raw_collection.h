@@ -50,6 +50,8 @@ struct RawCollection {
     void clear();
     /// Throws std::runtime_error unless the collection holds this many documents.
     void require(std::size_t documents);
+    /// The same of those that any of the filters selects.
+    void require(std::size_t documents, const Documents& filters);
 };
 
 using RawCollectionPtr = std::shared_ptr<RawCollection>;

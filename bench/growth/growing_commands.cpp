@@ -5,7 +5,6 @@
 #include "mongo/query.h"
 
 #include <bsoncxx/v1/types/view.hpp>
-#include <mongocxx/v1/insert_one_result.hpp>
 #include <mongocxx/v1/update_one_result.hpp>
 
 namespace bench {
@@ -53,14 +52,6 @@ std::vector<QString> idsOfNewest(const RawCollectionPtr& collection) {
     return ids;
 }
 
-bsoncxx::v1::document::value settingStatus(dl_status status) {
-    bson_utils::bson_builder update;
-    update.appendDocument("$set", [&](bson_utils::bson_builder& set) {
-        set.appendInt32(field::status, static_cast<std::int32_t>(status));
-    });
-    return update.take();
-}
-
 void addByIds(Stores& stores, const RawCollectionPtr& collection, std::vector<GrowthStep>& steps) {
     auto& repository = stores.downlinks();
     const auto ids = idsOfNewest(collection);
@@ -100,13 +91,7 @@ void addWrites(Stores& stores, const RawCollectionPtr& collection, std::vector<G
                              }
                              return records.size();
                          },
-                         [collection, documents] {
-                             for (const auto& document : documents) {
-                                 collection->measured.insert_one(document);
-                             }
-                             return documents.size();
-                         },
-                         conditions),
+                         insertEach(collection, documents), documents.size(), conditions),
                      .plan = {}});
     steps.push_back({.operation = "downlink DeleteMessages",
                      .contest = removeSaved(

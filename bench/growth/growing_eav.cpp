@@ -85,7 +85,7 @@ void addWrites(Stores& stores, const RawCollectionPtr& collection, const Kind<Re
                  collection->measured.insert_many(documents);
                  return documents.size();
              },
-             {conditions}),
+             documents.size(), {conditions}),
          .plan = {}});
     steps.push_back({.operation = kind.erasing,
                      .contest = removeSaved(

@@ -3,8 +3,6 @@
 #include "bench/records.h"
 #include "model/documents/ul_message.h"
 
-#include <mongocxx/v1/insert_one_result.hpp>
-
 namespace bench {
 
 namespace {
@@ -35,21 +33,15 @@ std::vector<GrowthStep> steps(Stores& stores, const RawCollectionPtr& collection
     const auto filter = filterForNewcomer<model::filter_roll>();
     const auto conditions = conditionsOf(filter);
     steps.push_back({.operation = "uplink SaveMessage",
-                     .contest = saveAndRemove(
-                         collection,
-                         [&repository, records] {
-                             for (const model::message& message : records) {
-                                 repository.SaveMessage(message);
-                             }
-                             return records.size();
-                         },
-                         [collection, documents] {
-                             for (const auto& document : documents) {
-                                 collection->measured.insert_one(document);
-                             }
-                             return documents.size();
-                         },
-                         {conditions}),
+                     .contest = saveAndRemove(collection,
+                                              [&repository, records] {
+                                                  for (const model::message& message : records) {
+                                                      repository.SaveMessage(message);
+                                                  }
+                                                  return records.size();
+                                              },
+                                              insertEach(collection, documents), documents.size(),
+                                              {conditions}),
                      .plan = {}});
     steps.push_back(
         {.operation = "uplink DeleteMessages",

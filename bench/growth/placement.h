@@ -4,6 +4,8 @@
 #include "bench/growth/growing.h"
 #include "bench/store_contests.h"
 
+#include <mongocxx/v1/insert_one_result.hpp>
+
 #include <QDateTime>
 
 #include <array>
@@ -120,27 +122,31 @@ std::vector<Record> readyRecords(std::vector<Record> records, const Asked& asked
     return readBack(records);
 }
 
-/// Either side inserts the newcomer's records, which are then removed.
+/// Either side inserts the newcomer's records, which are then found by these queries and removed.
 inline Contest saveAndRemove(const RawCollectionPtr& collection, const Block& save,
-                             const Block& insert, const Documents& whichAreRemoved) {
-    return {.sides = sidesOf(save, insert),
-            .afterBlock = [=] { collection->erase(whichAreRemoved); }};
+                             const Block& insert, std::size_t records, const Documents& queries) {
+    return {.sides = sidesOf(save, insert), .afterBlock = [=] {
+                collection->require(records, queries);
+                collection->erase(queries);
+            }};
+}
+
+/// The raw side of single saves.
+inline Block insertEach(const RawCollectionPtr& collection, const Documents& documents) {
+    return [=] {
+        for (const auto& document : documents) {
+            collection->measured.insert_one(document);
+        }
+        return documents.size();
+    };
 }
 
 /// Either side removes the newcomer's records, which have been inserted.
 inline Contest removeSaved(const RawCollectionPtr& collection, Documents documents,
-                           const std::function<void()>& remove, Documents queries) {
-    const auto originals = std::make_shared<const Documents>(std::move(documents));
-    return {.sides = sidesOf(
-                [=] {
-                    remove();
-                    return originals->size();
-                },
-                [=, queries = std::move(queries)] {
-                    collection->erase(queries);
-                    return originals->size();
-                }),
-            .beforeBlock = [=] { collection->put(*originals); }};
+                           const std::function<void()>& remove, const Documents& queries) {
+    auto contest = deleteContest(collection, std::move(documents), remove, queries);
+    contest.afterBlock = [=] { collection->require(0, queries); };
+    return contest;
 }
 
 /// `make(count, first)` gives documents, `steps(collection)` the steps.
