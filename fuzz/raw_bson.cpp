@@ -5,12 +5,14 @@
 
 namespace {
 
+/// A refusal is what hosts expect.
 template <typename Read>
-void mayRefuse(const Read& read) {
+bool mayRefuse(const Read& read) {
     try {
         read();
+        return false;
     } catch (const bsoncxx::v1::exception&) {
-        // is what hosts expect
+        return true;
     }
 }
 
