@@ -1,5 +1,5 @@
 // What every operation takes when ever more is stored. Needs both servers and the plug-in file, and
-// 20 minutes; with --huge, an hour and ten gigabytes more.
+// 20 minutes; with --huge as long again, and seven gigabytes.
 
 #include "bench/growth/growing.h"
 #include "bench/growth/placement.h"
