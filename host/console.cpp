@@ -1,6 +1,7 @@
 #include "host/console.h"
 
 #include "host/drawing.h"
+#include "host/failure.h"
 #include "host/progress.h"
 
 #include <ftxui/dom/table.hpp>
@@ -34,9 +35,28 @@ std::string plainText(const ftxui::Screen& screen) {
     return text;
 }
 
+/// What a terminal would take for a command.
+QString visible(const QString& text) {
+    QString shown;
+    for (const QChar character : text) {
+        if (character.category() == QChar::Other_Control) {
+            shown += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
+        } else {
+            shown += character;
+        }
+    }
+    return shown;
+}
+
+Console consoleOf(std::ostream& stream, int descriptor) {
+    return isatty(descriptor) == 1
+               ? Console(stream, Console::Kind::Terminal, ftxui::Terminal::Size().dimx)
+               : Console(stream, Console::Kind::Plain);
+}
+
 ftxui::Element tableElement(const std::vector<Console::Column>& columns,
                             const std::vector<QStringList>& rows) {
-    const auto padded = [](const QString& text) { return ' ' + text.toStdString() + ' '; };
+    const auto padded = [](const QString& text) { return ' ' + visible(text).toStdString() + ' '; };
     std::vector<std::vector<std::string>> cells(1);
     for (const auto& column : columns) {
         cells.back().push_back(padded(column.title));
@@ -63,11 +83,26 @@ ftxui::Element tableElement(const std::vector<Console::Column>& columns,
 } // namespace
 
 Console Console::standardOutput() {
-    return Console(std::cout, isatty(STDOUT_FILENO) == 1 ? Kind::Terminal : Kind::Plain);
+    return consoleOf(std::cout, STDOUT_FILENO);
+}
+
+Console Console::standardError() {
+    return consoleOf(std::cerr, STDERR_FILENO);
+}
+
+void Console::requireWritten() {
+    m_stream.flush();
+    if (!m_stream) {
+        throw Failure(QStringLiteral("cannot write the output: %1").arg(qt_error_string()));
+    }
 }
 
 void Console::line(const QString& text) {
     m_stream << text.toStdString() << '\n' << std::flush;
+}
+
+void Console::bytes(const QByteArray& bytes) {
+    m_stream.write(bytes.constData(), bytes.size());
 }
 
 void Console::heading(const QString& title) {
@@ -89,11 +124,26 @@ void Console::complaints(const QStringList& texts) {
 }
 
 void Console::table(const std::vector<Column>& columns, const std::vector<QStringList>& rows) {
-    const auto table = tableElement(columns, rows);
-    if (m_kind == Kind::Terminal) {
-        m_stream << draw(table, ftxui::Terminal::Size().dimx).ToString() << '\n' << std::flush;
+    const auto screen = draw(tableElement(columns, rows));
+    if (m_kind == Kind::Plain) {
+        m_stream << plainText(screen) << std::flush;
+    } else if (screen.dimx() <= m_width) {
+        m_stream << screen.ToString() << '\n' << std::flush;
     } else {
-        m_stream << plainText(draw(table)) << std::flush;
+        blocks(columns, rows);
+    }
+}
+
+void Console::blocks(const std::vector<Column>& columns, const std::vector<QStringList>& rows) {
+    const auto widest = std::ranges::max(columns, {}, [](const Column& column) {
+                            return column.title.size();
+                        }).title.size();
+    for (const auto& row : rows) {
+        for (int i = 0; i < row.size(); ++i) {
+            const auto& title = columns.at(static_cast<std::size_t>(i)).title;
+            line(title.leftJustified(widest) + QStringLiteral("  ") + visible(row.at(i)));
+        }
+        line();
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -10,8 +11,9 @@ namespace host {
 
 class Progress;
 
-/// Where the program writes its results. On a terminal with bold headings and moving progress bars;
-/// elsewhere plain lines without any control characters, the same in every run on the same input.
+/// Where the program writes its results, or what it remarks on them. On a terminal with bold headings
+/// and moving progress bars; elsewhere plain lines without any control characters, the same in every
+/// run on the same input.
 ///
 /// Borrows the stream.
 class Console {
@@ -23,12 +25,23 @@ public:
         bool number = false;
     };
 
-    Console(std::ostream& stream, Kind kind) : m_stream(stream), m_kind(kind) {}
+    /// `width` is a terminal's, in columns.
+    Console(std::ostream& stream, Kind kind, int width = 80)
+        : m_stream(stream), m_kind(kind), m_width(width) {}
 
     /// The program's standard output.
     static Console standardOutput();
 
+    /// The program's standard error.
+    static Console standardError();
+
+    /// Throws Failure if something written has not arrived, as on a full disk.
+    void requireWritten();
+
     void line(const QString& text = {});
+
+    /// As they are.
+    void bytes(const QByteArray& bytes);
 
     /// An empty line and the title of what follows.
     void heading(const QString& title);
@@ -36,7 +49,8 @@ public:
     /// The first of the texts, one a line, and how many more there are; nothing if there are none.
     void complaints(const QStringList& texts);
 
-    /// Each row must have as many cells as there are columns.
+    /// Each row must have as many cells as there are columns. On a terminal that is too narrow, each
+    /// row is a block with a line for each cell. Control characters are shown as \xNN.
     void table(const std::vector<Column>& columns, const std::vector<QStringList>& rows);
 
     /// A bar of `total` steps, to be advanced by the caller while it lives. One at a time.
@@ -45,8 +59,11 @@ public:
 private:
     friend class Progress;
 
+    void blocks(const std::vector<Column>& columns, const std::vector<QStringList>& rows);
+
     std::ostream& m_stream;
     Kind m_kind;
+    int m_width;
 };
 
 } // namespace host

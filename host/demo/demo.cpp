@@ -5,7 +5,6 @@
 #include "host/demo/redis_keys.h"
 #include "host/input/settings.h"
 #include "host/input/telegram_decoder.h"
-#include "host/plugin_file.h"
 #include "host/progress.h"
 #include "host/records/message_builder.h"
 
@@ -97,7 +96,9 @@ void clearParts(const std::vector<DemoPart>& parts, Console& console) {
     }
 }
 
-bool runDemo(const DemoOptions& options, Console& console) {
+bool runDemo(const DemoOptions& options, Session& session) {
+    const auto& settings = session.settings();
+    auto& console = session.results();
     DemoInput input;
     input.telegrams = openRecords(options.telegramsFile, readTelegrams, console);
     input.readings = openRecords(options.readingsFile, readMeterReadings, console);
@@ -106,9 +107,8 @@ bool runDemo(const DemoOptions& options, Console& console) {
     }
     input.start = QDateTime::currentDateTimeUtc();
 
-    PluginFile plugin(options.pluginFile);
-    const DemoStores stores(plugin.factory(), options.settings);
-    RedisKeys redis(redisSettings(options.settings));
+    const DemoStores stores(session.factory(), settings);
+    RedisKeys redis(redisSettings(settings));
     const auto parts = demoParts(stores, redis, input);
     if (options.clear) {
         clearParts(parts, console);

@@ -6,9 +6,9 @@
 #include "host/demo/redis_side.h"
 #include "host/input/meter_reading.h"
 #include "host/input/telegram.h"
+#include "host/session/session.h"
 
 #include <QDateTime>
-#include <QJsonObject>
 #include <QString>
 
 #include <vector>
@@ -23,8 +23,6 @@ enum class DecoderChoice {
 };
 
 struct DemoOptions {
-    QString pluginFile;
-    QJsonObject settings;
     QString telegramsFile;
     QString readingsFile;
     DecoderChoice decoder = DecoderChoice::Auto;
@@ -38,7 +36,7 @@ struct DemoOptions {
 /// The MongoDB driver's process-wide instance must exist. Throws Failure if a file cannot be read,
 /// a server does not do its part, or the stores hold records of the same devices that no demo
 /// wrote. Blocks on the servers.
-bool runDemo(const DemoOptions& options, Console& console);
+bool runDemo(const DemoOptions& options, Session& session);
 
 /// What the records are made of.
 struct DemoInput {

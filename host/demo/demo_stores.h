@@ -1,14 +1,6 @@
 #pragma once
 
-#include "interfaces/idatabase_factory.h"
-#include "interfaces/idevice_clients_database.h"
-#include "interfaces/idriver_state.h"
-#include "interfaces/ieav_database.h"
-#include "interfaces/imessages_database.h"
-
-#include <QJsonObject>
-
-#include <memory>
+#include "host/session/stores.h"
 
 namespace host {
 

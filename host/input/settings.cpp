@@ -8,6 +8,7 @@
 #include <QJsonDocument>
 #include <QJsonParseError>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QUrl>
 
 namespace host {
@@ -85,6 +86,26 @@ QJsonObject settingsFromEnvironment() {
         settings.insert(QStringLiteral("redis"), parseRedisUrl(redis));
     }
     return settings;
+}
+
+QJsonObject findSettings(const QString& fileName) {
+    if (!fileName.isEmpty()) {
+        return readSettings(fileName);
+    }
+    if (const auto named = qEnvironmentVariable("KELVRO_SETTINGS"); !named.isEmpty()) {
+        return readSettings(named);
+    }
+    if (!qEnvironmentVariableIsEmpty("MONGODB_URL")) {
+        return settingsFromEnvironment();
+    }
+    const auto own = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                     QStringLiteral("/kelvrostorage/settings.json");
+    if (!QFile::exists(own)) {
+        throw Failure(QStringLiteral("nothing says where the servers are: neither --settings, "
+                                     "KELVRO_SETTINGS or MONGODB_URL, nor a file %1")
+                          .arg(own));
+    }
+    return readSettings(own);
 }
 
 RedisSettings redisSettings(const QJsonObject& settings) {

@@ -18,6 +18,12 @@ QJsonObject readSettings(const QString& fileName);
 /// no such address; without REDIS_URL the plug-in's defaults stand.
 QJsonObject settingsFromEnvironment();
 
+/// The settings from the file, or if no file is named from the first of these that there is: the
+/// file that KELVRO_SETTINGS names, the servers that the environment names, and the user's own file
+/// kelvrostorage/settings.json in XDG_CONFIG_HOME (~/.config). Throws as those above do, and if
+/// there is none.
+QJsonObject findSettings(const QString& fileName);
+
 /// What the plug-in reads from the "redis" object of the settings, defaults filled in.
 struct RedisSettings {
     QString host;

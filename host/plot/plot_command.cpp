@@ -4,9 +4,7 @@
 #include "host/input/meter_reading.h"
 #include "host/input/settings.h"
 #include "host/plot/value_plot.h"
-#include "host/plugin_file.h"
 #include "host/records/filters.h"
-#include "interfaces/ieav_database.h"
 #include "interfaces/ieav_repository.h"
 
 namespace host {
@@ -19,15 +17,13 @@ int deviceOf(const PlotOptions& options, Console& console) {
                : deviceNumber(openRecords(options.readingsFile, readMeterReadings, console));
 }
 
-std::list<model::dev_value> valuesOf(const PlotOptions& options, int device) {
+std::list<model::dev_value> valuesOf(const PlotOptions& options, Session& session, int device) {
     auto filter = anyTime<model::filter_eav>({device});
     filter.obis_codes = {options.obisCode};
-    PluginFile plugin(options.pluginFile);
+    auto& repository = *session.values().EAVRepository();
     auto returned =
-        attempt(QStringLiteral("reading the values at ") + serverName(options.settings), [&] {
-            const auto store = plugin.factory().CreateEavDatabaseInst(options.settings, nullptr);
-            return store->EAVRepository()->GetValues(filter);
-        });
+        attempt(QStringLiteral("reading the values at ") + serverName(session.settings()),
+                [&] { return repository.GetValues(filter); });
     return (*returned)[device];
 }
 
@@ -38,10 +34,11 @@ QString valueLabel(const model::dev_value& value) {
 
 } // namespace
 
-void runPlot(const PlotOptions& options, Console& console) {
+void runPlot(const PlotOptions& options, Session& session) {
+    auto& console = session.results();
     const int device = deviceOf(options, console);
     const auto what = QStringLiteral("%1 of device %2").arg(options.obisCode).arg(device);
-    const auto values = valuesOf(options, device);
+    const auto values = valuesOf(options, session, device);
     if (values.empty()) {
         throw Failure(QStringLiteral("the store has no values of %1; the demo stores some for 12 "
                                      "hours")

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "host/console.h"
+#include "host/session/session.h"
 
-#include <QJsonObject>
 #include <QString>
 
 #include <optional>
@@ -10,8 +9,6 @@
 namespace host {
 
 struct PlotOptions {
-    QString pluginFile;
-    QJsonObject settings;
     /// Where the device's number is taken from if it is not given.
     QString readingsFile;
     std::optional<int> device;
@@ -25,6 +22,6 @@ struct PlotOptions {
 /// The MongoDB driver's process-wide instance must exist. Throws Failure if a file cannot be read
 /// or written, if the server does not do its part, if there are no values, and if gnuplot is not
 /// installed. Blocks on the server.
-void runPlot(const PlotOptions& options, Console& console);
+void runPlot(const PlotOptions& options, Session& session);
 
 } // namespace host

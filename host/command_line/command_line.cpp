@@ -1,0 +1,92 @@
+#include "host/command_line/command_line.h"
+
+#include "host/console.h"
+
+#include <QLoggingCategory>
+
+#include <utility>
+
+namespace host {
+
+CommandLine::CommandLine()
+    : m_app("Loads a storage plug-in from a file and works through its interfaces.",
+            "kelvro-host") {
+    m_app.set_version_flag("--version", KELVRO_HOST_VERSION, "Print the program's version and end");
+    m_app.set_help_flag("--help,-h", "Print this help and end");
+    m_app.require_subcommand(1);
+    m_app.footer("`kelvro-host COMMAND --help` tells more of each command.");
+}
+
+CLI::App& CommandLine::addGroup(const std::string& name, const std::string& description) {
+    auto& group = *m_app.add_subcommand(name, description);
+    group.require_subcommand(1);
+    return group;
+}
+
+CLI::App& CommandLine::addPlain(const Help& help, Run run) {
+    auto& command = *m_app.add_subcommand(help.name, help.description);
+    command.footer("Example:\n" + help.examples);
+    command.callback([this, run = std::move(run)] { m_chosen = run; });
+    return command;
+}
+
+CLI::App& CommandLine::add(CLI::App& parent, const Help& help, Run run) {
+    auto& command = *parent.add_subcommand(help.name, help.description);
+    command.footer("Example:\n" + help.examples);
+    command.callback([this, run = std::move(run)] { m_chosen = run; });
+    addFile(command, "--plugin", m_options.pluginFile, "The plug-in's file");
+    addFile(command, "--settings", m_options.settingsFile,
+            "JSON file with the plug-in's settings; default: KELVRO_SETTINGS, else the servers of "
+            "MONGODB_URL and REDIS_URL, else ~/.config/kelvrostorage/settings.json");
+    command.add_flag("--verbose", m_options.verbose,
+                     "Show the log lines of the plug-in and of the MongoDB driver");
+    return command;
+}
+
+void CommandLine::addOutputOptions(CLI::App& command) {
+    const auto addForm = [&](const char* name, OutputForm form, const char* description) {
+        return command.add_flag_callback(
+            name, [this, form] { m_options.form = form; }, description);
+    };
+    auto* const json = addForm("--json", OutputForm::JsonLines, "Print a JSON object a line");
+    addForm("--csv", OutputForm::Csv, "Print comma-separated values (RFC 4180)")->excludes(json);
+    command.add_flag("--local", m_options.localTimes,
+                     "Show times in this machine's zone rather than in UTC");
+}
+
+std::optional<ExitStatus> CommandLine::parse(int argc, const char* const* argv) {
+    try {
+        m_app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return m_app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::WronglyCalled;
+    }
+    return {};
+}
+
+ExitStatus CommandLine::run() {
+    if (!m_options.verbose) {
+        QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
+    }
+    auto results = Console::standardOutput();
+    auto remarks = Console::standardError();
+    Session session(m_options, results, remarks);
+    const auto status = m_chosen(session);
+    results.requireWritten();
+    return status;
+}
+
+CLI::Option* addText(CLI::App& command, const std::string& name, QString& text,
+                     const std::string& description) {
+    return command
+        .add_option_function<std::string>(
+            name, [&text](const std::string& given) { text = QString::fromStdString(given); },
+            description)
+        ->default_str(text.toStdString());
+}
+
+CLI::Option* addFile(CLI::App& command, const std::string& name, QString& fileName,
+                     const std::string& description) {
+    return addText(command, name, fileName, description)->type_name("FILE");
+}
+
+} // namespace host

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "host/command_line/exit_status.h"
+#include "host/session/session.h"
+
+#include <CLI/CLI.hpp>
+#include <QString>
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace host {
+
+/// The program's commands. Each is added once, and all that tells of it is made from that: help,
+/// completion in the shell, and the manual page.
+class CommandLine {
+public:
+    using Run = std::function<ExitStatus(Session&)>;
+
+    struct Help {
+        std::string name;
+        /// What the command does, as a sentence without its full stop.
+        std::string description;
+        /// A command line that somebody would type; more than one on lines of their own.
+        std::string examples;
+    };
+
+    CommandLine();
+    ~CommandLine() = default;
+    // The options refer to this object.
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    CLI::App& app() { return m_app; }
+
+    /// A word that commands stand behind, as "state" in "state show".
+    CLI::App& addGroup(const std::string& name, const std::string& description);
+
+    /// A command that needs no servers.
+    CLI::App& addPlain(const Help& help, Run run);
+
+    /// A command with the options that say where plug-in and servers are.
+    CLI::App& add(const Help& help, Run run) { return add(m_app, help, std::move(run)); }
+    CLI::App& add(CLI::App& parent, const Help& help, Run run);
+
+    /// For a command that shows records: --json, --csv and --local.
+    void addOutputOptions(CLI::App& command);
+
+    /// Chooses a command. What the program ends with instead, if help was asked for or the call was
+    /// wrong; either has been printed then.
+    std::optional<ExitStatus> parse(int argc, const char* const* argv);
+
+    /// Runs the command that was chosen. What the command throws passes through.
+    ///
+    /// The MongoDB driver's process-wide instance must exist.
+    ExitStatus run();
+
+private:
+    CLI::App m_app;
+    SessionOptions m_options;
+    Run m_chosen;
+};
+
+/// An option with a text.
+CLI::Option* addText(CLI::App& command, const std::string& name, QString& text,
+                     const std::string& description);
+
+/// An option, or an argument, that is the name of a file; the shell completes it.
+CLI::Option* addFile(CLI::App& command, const std::string& name, QString& fileName,
+                     const std::string& description);
+
+} // namespace host

@@ -1,0 +1,103 @@
+#include "host/command_line/completion.h"
+
+#include "host/command_line/app_walk.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace host {
+
+namespace {
+
+bool takesFile(const CLI::Option& option) {
+    return option.get_type_name() == "FILE";
+}
+
+/// What `select` gives of the options that it likes, behind each other.
+template <class Like>
+std::string names(const CLI::App& command, Like like) {
+    std::string found;
+    for (const auto* option : optionsOf(command)) {
+        if (like(*option)) {
+            for (const auto& name : namesOf(*option)) {
+                found += (found.empty() ? "" : " ") + name;
+            }
+        }
+    }
+    return found;
+}
+
+std::string alternatives(std::string words) {
+    std::ranges::replace(words, ' ', '|');
+    return words;
+}
+
+/// The branch of a command: what may follow its name, and after which option a value of which kind.
+void addBranch(std::ostream& script, const CLI::App& command, const std::string& path) {
+    auto words = names(command, [](const auto&) { return true; });
+    for (const auto* each : commandsOf(command)) {
+        words += ' ' + each->get_name();
+    }
+    const bool fileArgument =
+        std::ranges::any_of(command.get_options(), [](const CLI::Option* option) {
+            return option->get_positional() && takesFile(*option);
+        });
+    script << "    '" << path << "')\n";
+    const auto files = names(command, takesFile);
+    const auto values = names(command, [](const CLI::Option& option) {
+        return option.get_items_expected_max() > 0 && !takesFile(option);
+    });
+    script << "        case $previous in\n";
+    if (!files.empty()) {
+        script << "        " << alternatives(files) << ") kind=file ;;\n";
+    }
+    if (!values.empty()) {
+        script << "        " << alternatives(values) << ") kind=none ;;\n";
+    }
+    script << "        esac\n        words='" << words << "'\n";
+    if (fileArgument) {
+        script << "        [[ $current == -* ]] || kind=${kind:-file}\n";
+    }
+    script << "        ;;\n";
+    for (const auto* each : commandsOf(command)) {
+        addBranch(script, *each, path.empty() ? each->get_name() : path + ' ' + each->get_name());
+    }
+}
+
+/// The words that lead to a command, as the branches are named.
+void addPaths(std::ostream& script, const CLI::App& command, const std::string& path) {
+    for (const auto* each : commandsOf(command)) {
+        const auto deeper = path.empty() ? each->get_name() : path + ' ' + each->get_name();
+        script << "        '" << deeper << "') path='" << deeper << "' ;;\n";
+        addPaths(script, *each, deeper);
+    }
+}
+
+} // namespace
+
+std::string bashCompletion(const CLI::App& app) {
+    const auto program = app.get_name();
+    auto function = '_' + program;
+    std::ranges::replace(function, '-', '_');
+    std::ostringstream script;
+    script << "# bash completion for " << program << "\n"
+           << function << "() {\n"
+           << "    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}\n"
+           << "    local path='' kind='' words='' word\n"
+           << "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
+           << "        case \"${path:+$path }$word\" in\n";
+    addPaths(script, app, "");
+    script << "        esac\n    done\n    case $path in\n";
+    addBranch(script, app, "");
+    script << "    esac\n"
+           << "    case $kind in\n"
+           << "    file) mapfile -t COMPREPLY < <(compgen -f -- \"$current\") ;;\n"
+           << "    none) COMPREPLY=() ;;\n"
+           << "    *) mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\") ;;\n"
+           << "    esac\n"
+           << "}\n"
+           << "complete -o filenames -F " << function << ' ' << program << '\n';
+    return script.str();
+}
+
+} // namespace host

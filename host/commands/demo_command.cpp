@@ -1,0 +1,41 @@
+#include "host/commands/commands.h"
+#include "host/demo/demo.h"
+
+#include <map>
+#include <memory>
+
+namespace host {
+
+namespace {
+
+const std::map<std::string, DecoderChoice> decoderNames = {
+    {"auto", DecoderChoice::Auto},
+    {"wmbusmeters", DecoderChoice::Wmbusmeters},
+    {"shipped", DecoderChoice::Shipped},
+};
+
+} // namespace
+
+void addDemoCommand(CommandLine& line) {
+    const auto options = std::make_shared<DemoOptions>();
+    options->telegramsFile = QStringLiteral(KELVRO_HOST_DATA_DIR "/radio_telegrams.ndjson");
+    options->readingsFile = QStringLiteral(KELVRO_HOST_DATA_DIR "/meter_readings.ndjson");
+    auto& command =
+        line.add({.name = "demo",
+                  .description = "Sends the telegrams and readings of real meters through the "
+                                 "plug-in and compares what comes back",
+                  .examples = "kelvro-host demo"},
+                 [options](Session& session) {
+                     return runDemo(*options, session) ? ExitStatus::Done : ExitStatus::Failed;
+                 });
+    addFile(command, "--input", options->telegramsFile, "Telegrams, one JSON object a line");
+    addFile(command, "--readings", options->readingsFile,
+            "Readings of an electricity meter, one JSON object a line");
+    command.add_option("--decoder", options->decoder, "Where the telegrams' readings come from")
+        ->transform(CLI::CheckedTransformer(decoderNames))
+        ->default_str("auto");
+    command.add_flag("--clear", options->clear,
+                     "Store nothing, but delete what an earlier demo stored of the same meters");
+}
+
+} // namespace host

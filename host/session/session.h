@@ -1,0 +1,66 @@
+#pragma once
+
+#include "host/output/record_output.h"
+#include "host/plugin_file.h"
+#include "host/session/stores.h"
+
+#include <QJsonObject>
+#include <QString>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace host {
+
+class Console;
+
+/// What the user has said of plug-in, servers and output.
+struct SessionOptions {
+    /// The installed one.
+    QString pluginFile = QStringLiteral(KELVRO_PLUGIN_PATH);
+    /// Empty if the environment says where the settings are (findSettings()).
+    QString settingsFile;
+    OutputForm form = OutputForm::Table;
+    bool localTimes = false;
+    bool verbose = false;
+};
+
+/// What a command works with. Settings are read, and the plug-in and its stores opened, when they
+/// are first asked for; whatever of that fails throws Failure. Borrows the consoles.
+class Session {
+public:
+    /// `results` is where records go, `remarks` where what is said about them.
+    Session(SessionOptions options, Console& results, Console& remarks);
+
+    const SessionOptions& options() const { return m_options; }
+    Console& results() { return m_results; }
+    Console& remarks() { return m_remarks; }
+
+    const QJsonObject& settings();
+    interfaces::IDatabaseFactory& factory();
+
+    interfaces::IMessagesDatabase& messages();
+    interfaces::IEAVDatabase& values();
+    interfaces::IDriverState& states();
+    interfaces::IDeviceClientsDatabase& clients();
+
+    /// For the records of this command.
+    RecordOutput output(std::vector<Field> fields);
+
+    /// As timeCell(), in the zone that the user has chosen.
+    QJsonValue time(const QDateTime& time) const;
+
+private:
+    SessionOptions m_options;
+    Console& m_results;
+    Console& m_remarks;
+    std::optional<QJsonObject> m_settings;
+    std::optional<PluginFile> m_plugin;
+    std::shared_ptr<interfaces::IMessagesDatabase> m_messages;
+    std::shared_ptr<interfaces::IEAVDatabase> m_values;
+    std::shared_ptr<interfaces::IDriverState> m_states;
+    std::shared_ptr<interfaces::IDeviceClientsDatabase> m_clients;
+};
+
+} // namespace host
