@@ -9,7 +9,8 @@ namespace host {
 
 /// The commands right under one, in the order in which they were added.
 inline std::vector<const CLI::App*> commandsOf(const CLI::App& app) {
-    return app.get_subcommands([](const CLI::App* command) { return !command->get_name().empty(); });
+    return app.get_subcommands(
+        [](const CLI::App* command) { return !command->get_name().empty(); });
 }
 
 /// The options of a command, without its arguments.

@@ -11,7 +11,8 @@ namespace host {
 CommandLine::CommandLine()
     : m_app("Loads a storage plug-in from a file and works through its interfaces.",
             "kelvro-host") {
-    m_app.set_version_flag("--version", KELVRO_HOST_VERSION, "Print the program's version and end");
+    m_app.set_version_flag("--version", programVersion().toStdString(),
+                           "Print the program's version and end");
     m_app.set_help_flag("--help,-h", "Print this help and end");
     m_app.require_subcommand(1);
     m_app.footer("`kelvro-host COMMAND --help` tells more of each command.");
@@ -23,17 +24,15 @@ CLI::App& CommandLine::addGroup(const std::string& name, const std::string& desc
     return group;
 }
 
-CLI::App& CommandLine::addPlain(const Help& help, Run run) {
-    auto& command = *m_app.add_subcommand(help.name, help.description);
+CLI::App& CommandLine::addPlain(CLI::App& parent, const Help& help, Run run) {
+    auto& command = *parent.add_subcommand(help.name, help.description);
     command.footer("Example:\n" + help.examples);
     command.callback([this, run = std::move(run)] { m_chosen = run; });
     return command;
 }
 
 CLI::App& CommandLine::add(CLI::App& parent, const Help& help, Run run) {
-    auto& command = *parent.add_subcommand(help.name, help.description);
-    command.footer("Example:\n" + help.examples);
-    command.callback([this, run = std::move(run)] { m_chosen = run; });
+    auto& command = addPlain(parent, help, std::move(run));
     addFile(command, "--plugin", m_options.pluginFile, "The plug-in's file");
     addFile(command, "--settings", m_options.settingsFile,
             "JSON file with the plug-in's settings; default: KELVRO_SETTINGS, else the servers of "

@@ -7,8 +7,10 @@
 #include <QString>
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace host {
 
@@ -38,7 +40,8 @@ public:
     CLI::App& addGroup(const std::string& name, const std::string& description);
 
     /// A command that needs no servers.
-    CLI::App& addPlain(const Help& help, Run run);
+    CLI::App& addPlain(const Help& help, Run run) { return addPlain(m_app, help, std::move(run)); }
+    CLI::App& addPlain(CLI::App& parent, const Help& help, Run run);
 
     /// A command with the options that say where plug-in and servers are.
     CLI::App& add(const Help& help, Run run) { return add(m_app, help, std::move(run)); }
@@ -65,6 +68,22 @@ private:
 /// An option with a text.
 CLI::Option* addText(CLI::App& command, const std::string& name, QString& text,
                      const std::string& description);
+
+/// An option with one of a few words; the shell completes them.
+template <class Choice>
+CLI::Option* addChoice(CLI::App& command, const std::string& name, Choice& choice,
+                       const std::map<std::string, Choice>& words, const std::string& description) {
+    std::string allWords;
+    std::string present;
+    for (const auto& [word, value] : words) {
+        allWords += (allWords.empty() ? "" : "|") + word;
+        present = value == choice ? word : present;
+    }
+    return command.add_option(name, choice, description)
+        ->transform(CLI::CheckedTransformer(words).description(""))
+        ->type_name(allWords)
+        ->default_str(present);
+}
 
 /// An option, or an argument, that is the name of a file; the shell completes it.
 CLI::Option* addFile(CLI::App& command, const std::string& name, QString& fileName,

@@ -3,7 +3,10 @@
 #include "host/command_line/app_walk.h"
 
 #include <algorithm>
+#include <iterator>
 #include <sstream>
+#include <string>
+#include <vector>
 
 namespace host {
 
@@ -13,18 +16,30 @@ bool takesFile(const CLI::Option& option) {
     return option.get_type_name() == "FILE";
 }
 
-/// What `select` gives of the options that it likes, behind each other.
+/// The words that an option takes, with blanks between; empty if it takes others too.
+std::string choicesOf(const CLI::Option& option) {
+    auto words = option.get_type_name();
+    if (words.find('|') == std::string::npos) {
+        return {};
+    }
+    std::ranges::replace(words, '|', ' ');
+    return words;
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    return CLI::detail::join(words, " ");
+}
+
+/// The names of the options that `like` likes.
 template <class Like>
 std::string names(const CLI::App& command, Like like) {
-    std::string found;
+    std::vector<std::string> found;
     for (const auto* option : optionsOf(command)) {
         if (like(*option)) {
-            for (const auto& name : namesOf(*option)) {
-                found += (found.empty() ? "" : " ") + name;
-            }
+            std::ranges::copy(namesOf(*option), std::back_inserter(found));
         }
     }
-    return found;
+    return joined(found);
 }
 
 std::string alternatives(std::string words) {
@@ -45,7 +60,8 @@ void addBranch(std::ostream& script, const CLI::App& command, const std::string&
     script << "    '" << path << "')\n";
     const auto files = names(command, takesFile);
     const auto values = names(command, [](const CLI::Option& option) {
-        return option.get_items_expected_max() > 0 && !takesFile(option);
+        return option.get_items_expected_max() > 0 && !takesFile(option) &&
+               choicesOf(option).empty();
     });
     script << "        case $previous in\n";
     if (!files.empty()) {
@@ -54,7 +70,13 @@ void addBranch(std::ostream& script, const CLI::App& command, const std::string&
     if (!values.empty()) {
         script << "        " << alternatives(values) << ") kind=none ;;\n";
     }
-    script << "        esac\n        words='" << words << "'\n";
+    for (const auto* option : optionsOf(command)) {
+        if (const auto choices = choicesOf(*option); !choices.empty()) {
+            script << "        " << alternatives(joined(namesOf(*option))) << ") choices='"
+                   << choices << "' ;;\n";
+        }
+    }
+    script << "        esac\n        words=${choices:-'" << words << "'}\n";
     if (fileArgument) {
         script << "        [[ $current == -* ]] || kind=${kind:-file}\n";
     }
@@ -83,7 +105,7 @@ std::string bashCompletion(const CLI::App& app) {
     script << "# bash completion for " << program << "\n"
            << function << "() {\n"
            << "    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}\n"
-           << "    local path='' kind='' words='' word\n"
+           << "    local path='' kind='' words='' choices='' word\n"
            << "    for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
            << "        case \"${path:+$path }$word\" in\n";
     addPaths(script, app, "");

@@ -6,8 +6,8 @@
 
 namespace host {
 
-/// --device with one or more device numbers, as 1001 or 1001,1002, which may be given repeatedly. At
-/// least one must be.
+/// --device with one or more device numbers, as 1001 or 1001,1002, which may be given repeatedly.
+/// At least one must be.
 CLI::Option* addDevices(CLI::App& command, std::list<int>& devices);
 
 /// The argument DEVICE of a command that is about one device.

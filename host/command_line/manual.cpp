@@ -2,6 +2,8 @@
 
 #include "host/command_line/app_walk.h"
 
+#include <QString>
+
 #include <sstream>
 
 namespace host {
@@ -91,7 +93,8 @@ void addCommand(std::ostream& page, const CLI::App& command, const std::string& 
 std::string manualPage(const CLI::App& app, const std::string& version) {
     std::ostringstream page;
     const auto name = app.get_name();
-    page << ".TH " << name << " 1 \"\" \"" << name << ' ' << version << "\"\n"
+    page << ".TH " << QString::fromStdString(name).toUpper().toStdString() << " 1 \"\" \"" << name
+         << ' ' << version << "\"\n"
          << ".SH NAME\n"
          << escaped(name) << " \\- work with the data of a metering server\n"
          << ".SH SYNOPSIS\n.B " << escaped(name) << "\n.I COMMAND\n.RI [ OPTION ...]\n"

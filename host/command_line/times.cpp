@@ -10,10 +10,11 @@ namespace {
 
 constexpr int dateLength = 10; // 2026-11-22
 
-CLI::AsNumberWithUnit lengthOfTime() {
+CLI::Validator lengthOfTime() {
     static const std::map<std::string, qint64> units{
         {"s", 1}, {"m", 60}, {"h", 3600}, {"d", 86'400}, {"w", 604'800}};
-    return {units, CLI::AsNumberWithUnit::UNIT_REQUIRED};
+    // What it would say of itself in the help is longer than what a user has to know.
+    return CLI::AsNumberWithUnit(units, CLI::AsNumberWithUnit::UNIT_REQUIRED).description("");
 }
 
 } // namespace
@@ -65,7 +66,9 @@ void addPeriodOptions(CLI::App& command, Period& period) {
     command
         .add_option_function<qint64>(
             "--since",
-            [&period](qint64 secs) { period.begin = QDateTime::currentDateTimeUtc().addSecs(-secs); },
+            [&period](qint64 secs) {
+                period.begin = QDateTime::currentDateTimeUtc().addSecs(-secs);
+            },
             "Nothing older than so long ago, as 90s, 30m, 2h, 7d or 4w")
         ->transform(lengthOfTime())
         ->type_name("LENGTH")

@@ -18,8 +18,8 @@ const std::map<std::string, DecoderChoice> decoderNames = {
 
 void addDemoCommand(CommandLine& line) {
     const auto options = std::make_shared<DemoOptions>();
-    options->telegramsFile = QStringLiteral(KELVRO_HOST_DATA_DIR "/radio_telegrams.ndjson");
-    options->readingsFile = QStringLiteral(KELVRO_HOST_DATA_DIR "/meter_readings.ndjson");
+    options->telegramsFile = dataFile(QStringLiteral("radio_telegrams.ndjson"));
+    options->readingsFile = dataFile(QStringLiteral("meter_readings.ndjson"));
     auto& command =
         line.add({.name = "demo",
                   .description = "Sends the telegrams and readings of real meters through the "
@@ -31,9 +31,8 @@ void addDemoCommand(CommandLine& line) {
     addFile(command, "--input", options->telegramsFile, "Telegrams, one JSON object a line");
     addFile(command, "--readings", options->readingsFile,
             "Readings of an electricity meter, one JSON object a line");
-    command.add_option("--decoder", options->decoder, "Where the telegrams' readings come from")
-        ->transform(CLI::CheckedTransformer(decoderNames))
-        ->default_str("auto");
+    addChoice(command, "--decoder", options->decoder, decoderNames,
+              "Where the telegrams' readings come from");
     command.add_flag("--clear", options->clear,
                      "Store nothing, but delete what an earlier demo stored of the same meters");
 }

@@ -11,15 +11,16 @@ void addShellCommands(CommandLine& line) {
                    .description = "Prints a script that completes this program's words in bash",
                    .examples = "source <(kelvro-host completion)"},
                   [&line](Session& session) {
-                      session.results().bytes(QByteArray::fromStdString(bashCompletion(line.app())));
+                      session.results().bytes(
+                          QByteArray::fromStdString(bashCompletion(line.app())));
                       return ExitStatus::Done;
                   });
     line.addPlain({.name = "manual",
                    .description = "Prints this program's manual page",
                    .examples = "kelvro-host manual | man -l -"},
                   [&line](Session& session) {
-                      session.results().bytes(
-                          QByteArray::fromStdString(manualPage(line.app(), KELVRO_HOST_VERSION)));
+                      session.results().bytes(QByteArray::fromStdString(
+                          manualPage(line.app(), programVersion().toStdString())));
                       return ExitStatus::Done;
                   });
 }

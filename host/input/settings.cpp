@@ -98,8 +98,8 @@ QJsonObject findSettings(const QString& fileName) {
     if (!qEnvironmentVariableIsEmpty("MONGODB_URL")) {
         return settingsFromEnvironment();
     }
-    const auto own = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-                     QStringLiteral("/kelvrostorage/settings.json");
+    const QString own = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                        QStringLiteral("/kelvrostorage/settings.json");
     if (!QFile::exists(own)) {
         throw Failure(QStringLiteral("nothing says where the servers are: neither --settings, "
                                      "KELVRO_SETTINGS or MONGODB_URL, nor a file %1")

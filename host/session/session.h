@@ -2,6 +2,7 @@
 
 #include "host/output/record_output.h"
 #include "host/plugin_file.h"
+#include "host/session/installation.h"
 #include "host/session/stores.h"
 
 #include <QJsonObject>
@@ -17,8 +18,7 @@ class Console;
 
 /// What the user has said of plug-in, servers and output.
 struct SessionOptions {
-    /// The installed one.
-    QString pluginFile = QStringLiteral(KELVRO_PLUGIN_PATH);
+    QString pluginFile = installedPlugin();
     /// Empty if the environment says where the settings are (findSettings()).
     QString settingsFile;
     OutputForm form = OutputForm::Table;

@@ -52,6 +52,27 @@ TEST(PlainConsole, PrintsProgressOnceForAStepOverSeveralQuarters) {
     EXPECT_EQ(stream.str(), "Saving: 10 of 10\n");
 }
 
+TEST(Console, ShowsControlCharactersOfATableAsText) {
+    std::ostringstream stream;
+    Console console(stream, Console::Kind::Plain);
+    console.table({{"Text"_q}}, {{"red\x1b[31m\n"_q}});
+    EXPECT_NE(stream.str().find(R"( red\x1b[31m\x0a)"), std::string::npos);
+}
+
+TEST(TerminalConsole, ShowsARowAsABlockWhereTheTableIsTooWide) {
+    std::ostringstream stream;
+    Console console(stream, Console::Kind::Terminal, 12);
+    console.table({{"Device"_q, true}, {"Tag"_q}}, {{"1"_q, "a"_q}, {"2"_q, "b"_q}});
+    EXPECT_EQ(stream.str(), "Device  1\nTag     a\n\nDevice  2\nTag     b\n\n");
+}
+
+TEST(TerminalConsole, ShowsATableThatJustFits) {
+    std::ostringstream stream;
+    Console console(stream, Console::Kind::Terminal, 14);
+    console.table({{"Device"_q, true}, {"Tag"_q}}, {{"1"_q, "a"_q}});
+    EXPECT_NE(stream.str().find("│"), std::string::npos);
+}
+
 TEST(PlainConsole, PrintsAHeadingAfterAnEmptyLine) {
     std::ostringstream stream;
     Console console(stream, Console::Kind::Plain);

@@ -193,7 +193,7 @@ class Demo(unittest.TestCase):
 
     def test_tells_wrong_usage_from_failure(self):
         self.assertEqual(self.run_host().returncode, 2)
-        self.assertEqual(self.run_host("demo").returncode, 2)
+        self.assertEqual(self.run_host("demo", "--nothing").returncode, 2)
         self.assertEqual(self.demo("--decoder=nothing").returncode, 2)
 
     def test_helps(self):

@@ -2,10 +2,12 @@
 
 #include "host/failure.h"
 #include "host/input/mongo_timeouts.h"
+#include "tests/support/environment.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
@@ -147,16 +149,12 @@ TEST(RedisName, IsHostAndPort) {
 class EnvironmentSettings : public testing::Test {
 protected:
     EnvironmentSettings() {
-        qputenv("MONGODB_URL", "mongodb://h/");
-        qunsetenv("REDIS_URL");
-    }
-    ~EnvironmentSettings() override {
-        restore("MONGODB_URL", m_mongo);
-        restore("REDIS_URL", m_redis);
+        environment.set("MONGODB_URL", "mongodb://h/"_q);
+        environment.unset("REDIS_URL");
     }
 
-    static QJsonObject redisOf(const char* url) {
-        qputenv("REDIS_URL", url);
+    QJsonObject redisOf(const char* url) {
+        environment.set("REDIS_URL", QString::fromLatin1(url));
         return host::settingsFromEnvironment().value("redis"_q).toObject();
     }
 
@@ -169,13 +167,7 @@ protected:
         return {};
     }
 
-private:
-    static void restore(const char* name, const QByteArray& value) {
-        value.isNull() ? qunsetenv(name) : qputenv(name, value);
-    }
-
-    QByteArray m_mongo = qgetenv("MONGODB_URL");
-    QByteArray m_redis = qgetenv("REDIS_URL");
+    test_support::Environment environment;
 };
 
 TEST_F(EnvironmentSettings, TakeTheMongoUrlWithTimeouts) {
@@ -195,19 +187,19 @@ TEST_F(EnvironmentSettings, LeaveWhatTheRedisUrlDoesNotSayToThePlugin) {
 
 TEST_F(EnvironmentSettings, RefuseARedisUrlWithoutRepeatingItsPassword) {
     for (const auto* const url : {"redis://:secret@", "http://:secret@h:1", "h:1", "redis://h:x"}) {
-        qputenv("REDIS_URL", url);
+        environment.set("REDIS_URL", QString::fromLatin1(url));
         EXPECT_EQ(failure(), "REDIS_URL is not of the form redis://[:password@]host:port"_q) << url;
     }
 }
 
 TEST_F(EnvironmentSettings, NameTheVariableThatIsMissing) {
-    qunsetenv("MONGODB_URL");
+    environment.unset("MONGODB_URL");
     EXPECT_EQ(failure(), "neither a settings file (--settings) nor MONGODB_URL says where the "
                          "servers are"_q);
 }
 
 TEST_F(EnvironmentSettings, RefuseAMongoUrlWithUnescapedCharactersWithoutRepeatingIt) {
-    qputenv("MONGODB_URL", "mongodb://u:se/cret@h/");
+    environment.set("MONGODB_URL", "mongodb://u:se/cret@h/"_q);
     EXPECT_TRUE(
         failure().startsWith("MONGODB_URL has an unescaped / in the user name or password"_q));
     EXPECT_FALSE(failure().contains("cret"_q));
@@ -226,6 +218,73 @@ TEST(ServerName, LeavesOutAPasswordThatIsNotWrittenAsItShouldBe) {
 
 TEST(ServerName, KeepsAUrlWithoutThem) {
     EXPECT_EQ(host::serverName({{"url"_q, "mongodb://a:1/"_q}}), "mongodb://a:1/"_q);
+}
+
+/// In an environment without any of it, but for what a test sets.
+class FindSettings : public SettingsFile {
+protected:
+    FindSettings() {
+        for (const auto* name : {"KELVRO_SETTINGS", "MONGODB_URL", "REDIS_URL"}) {
+            m_environment.unset(name);
+        }
+        set("XDG_CONFIG_HOME", m_folder.path());
+    }
+
+    void set(const char* name, const QString& value) { m_environment.set(name, value); }
+
+    void writeOwn() const {
+        QDir(m_folder.path()).mkdir("kelvrostorage"_q);
+        QFile file(m_folder.filePath("kelvrostorage/settings.json"_q));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(R"({"url":"mongodb://own/"})");
+    }
+
+    static QString found(const QString& fileName = {}) {
+        return host::findSettings(fileName).value("url"_q).toString();
+    }
+
+private:
+    QTemporaryDir m_folder;
+    test_support::Environment m_environment;
+};
+
+TEST_F(FindSettings, TakesTheNamedFileFirst) {
+    set("KELVRO_SETTINGS", write(R"({"url":"mongodb://environment/"})"));
+    QTemporaryDir folder;
+    const auto named = folder.filePath("named.json"_q);
+    QFile file(named);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(R"({"url":"mongodb://named/"})");
+    file.close();
+    EXPECT_EQ(found(named), "mongodb://named/"_q);
+}
+
+TEST_F(FindSettings, TakesTheFileOfTheEnvironmentBeforeItsServers) {
+    set("KELVRO_SETTINGS", write(R"({"url":"mongodb://file/"})"));
+    set("MONGODB_URL", "mongodb://server/"_q);
+    EXPECT_EQ(found(), "mongodb://file/"_q);
+}
+
+TEST_F(FindSettings, TakesTheServersOfTheEnvironmentBeforeTheUsersOwnFile) {
+    writeOwn();
+    set("MONGODB_URL", "mongodb://server/"_q);
+    EXPECT_TRUE(found().startsWith("mongodb://server/"_q));
+}
+
+TEST_F(FindSettings, TakesTheUsersOwnFileLast) {
+    writeOwn();
+    EXPECT_EQ(found(), "mongodb://own/"_q);
+}
+
+TEST_F(FindSettings, SaysWhereItHasLooked) {
+    try {
+        found();
+        ADD_FAILURE() << "found some";
+    } catch (const host::Failure& failure) {
+        const auto text = QString::fromUtf8(failure.what());
+        EXPECT_TRUE(text.contains("KELVRO_SETTINGS"_q)) << text.toStdString();
+        EXPECT_TRUE(text.contains("/kelvrostorage/settings.json"_q)) << text.toStdString();
+    }
 }
 
 } // namespace
