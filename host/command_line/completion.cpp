@@ -47,6 +47,11 @@ std::string alternatives(std::string words) {
     return words;
 }
 
+/// The words that lead to a command.
+std::string pathOf(const CLI::App& command, const std::string& parent) {
+    return parent.empty() ? command.get_name() : parent + ' ' + command.get_name();
+}
+
 /// The branch of a command: what may follow its name, and after which option a value of which kind.
 void addBranch(std::ostream& script, const CLI::App& command, const std::string& path) {
     auto words = names(command, [](const auto&) { return true; });
@@ -82,23 +87,23 @@ void addBranch(std::ostream& script, const CLI::App& command, const std::string&
     }
     script << "        ;;\n";
     for (const auto* each : commandsOf(command)) {
-        addBranch(script, *each, path.empty() ? each->get_name() : path + ' ' + each->get_name());
+        addBranch(script, *each, pathOf(*each, path));
     }
 }
 
-/// The words that lead to a command, as the branches are named.
-void addPaths(std::ostream& script, const CLI::App& command, const std::string& path) {
+/// From the words that are typed to a branch.
+void addPaths(std::ostream& script, const CLI::App& command, const std::string& parent) {
     for (const auto* each : commandsOf(command)) {
-        const auto deeper = path.empty() ? each->get_name() : path + ' ' + each->get_name();
-        script << "        '" << deeper << "') path='" << deeper << "' ;;\n";
-        addPaths(script, *each, deeper);
+        const auto path = pathOf(*each, parent);
+        script << "        '" << path << "') path='" << path << "' ;;\n";
+        addPaths(script, *each, path);
     }
 }
 
 } // namespace
 
 std::string bashCompletion(const CLI::App& app) {
-    const auto program = app.get_name();
+    const auto& program = app.get_name();
     auto function = '_' + program;
     std::ranges::replace(function, '-', '_');
     std::ostringstream script;

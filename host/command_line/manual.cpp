@@ -92,8 +92,8 @@ void addCommand(std::ostream& page, const CLI::App& command, const std::string& 
 
 std::string manualPage(const CLI::App& app, const std::string& version) {
     std::ostringstream page;
-    const auto name = app.get_name();
-    page << ".TH " << QString::fromStdString(name).toUpper().toStdString() << " 1 \"\" \"" << name
+    const auto& name = app.get_name();
+    page << ".TH " << QString::fromStdString(name).toUpper().toStdString() << R"( 1 "" ")" << name
          << ' ' << version << "\"\n"
          << ".SH NAME\n"
          << escaped(name) << " \\- work with the data of a metering server\n"

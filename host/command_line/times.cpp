@@ -38,13 +38,12 @@ CLI::Option* addTime(CLI::App& command, const std::string& name, QDateTime& time
     return command
         .add_option_function<std::string>(
             name,
-            [&time, name, endOfDay](const std::string& given) {
+            [&time, endOfDay](const std::string& given) {
                 const auto parsed = parseTime(QString::fromStdString(given), endOfDay);
                 if (!parsed) {
-                    throw CLI::ValidationError(
-                        name, '"' + given +
-                                  "\" is no time in ISO 8601, as 2026-11-22T10:00:00Z or "
-                                  "2026-11-22");
+                    throw CLI::ValidationError('"' + given +
+                                               "\" is no time in ISO 8601, as "
+                                               "2026-11-22T10:00:00Z or 2026-11-22");
                 }
                 time = *parsed;
             },
