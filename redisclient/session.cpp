@@ -30,7 +30,8 @@ bool isError(const Response& response, const char* code) {
 
 /// The server answers but for the moment does nothing that it is asked, neither reading nor
 /// writing. Not so OOM, MISCONF, READONLY and NOREPLICAS, with which it refuses to write and reads
-/// on.
+/// on. Or the command is larger than it takes: then it closes the connection behind its answer,
+/// which is mostly seen first, for the command is still being sent.
 bool doesNotServeNow(const Response& response) {
     static constexpr std::array codes{
         "LOADING",     // reads its data back, after a start or from the server that it copies
@@ -39,7 +40,8 @@ bool doesNotServeNow(const Response& response) {
         "CLUSTERDOWN", // the cluster does not cover the key, or is down
         "TRYAGAIN",    // the keys are on their way from one server of the cluster to another
     };
-    return std::ranges::any_of(codes, [&](const char* code) { return isError(response, code); });
+    return response.errorMessage().startsWith("ERR Protocol error") ||
+           std::ranges::any_of(codes, [&](const char* code) { return isError(response, code); });
 }
 
 /// Whoever may not say PING, or cannot have what he writes kept, has a server before him all the

@@ -618,8 +618,8 @@ TEST_P(RedisThatDoesNotServe, GivesNoAnswerAndIsAskedAgainByTheNextCommand) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Saying, RedisThatDoesNotServe,
-                         testing::Values("LOADING", "MASTERDOWN", "BUSY", "CLUSTERDOWN",
-                                         "TRYAGAIN"));
+                         testing::Values("LOADING", "MASTERDOWN", "BUSY", "CLUSTERDOWN", "TRYAGAIN",
+                                         "ERR Protocol error: invalid bulk length"));
 
 class RedisThatRefusesACommand : public testing::TestWithParam<const char*> {};
 
@@ -634,7 +634,7 @@ TEST_P(RedisThatRefusesACommand, GivesThatForAnAnswer) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Saying, RedisThatRefusesACommand,
-                         testing::Values("ERR LOADING", "OOM full", "MISCONF disk",
+                         testing::Values("ERR LOADING", "ERR Protocol", "OOM full", "MISCONF disk",
                                          "READONLY replica", "NOREPLICAS", "BUSYKEY there",
                                          "BUSYGROUP there", "LOADINGS", "loading"));
 
