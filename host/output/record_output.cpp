@@ -31,7 +31,7 @@ QString cellText(const QJsonValue& cell) {
 
 QByteArray csvField(const QString& cell) {
     static const QRegularExpression special(QStringLiteral("[\",\r\n]"));
-    const auto text = cell.toUtf8();
+    auto text = cell.toUtf8();
     if (!cell.contains(special)) {
         return text;
     }
@@ -55,13 +55,16 @@ RecordOutput::RecordOutput(Console& console, OutputForm form, std::vector<Field>
 void RecordOutput::add(const QJsonArray& cells) {
     switch (m_form) {
     case OutputForm::Table:
-        return addRow(cells);
+        addRow(cells);
+        break;
     case OutputForm::JsonLines:
-        return addLine(cells);
+        addLine(cells);
+        break;
     case OutputForm::Csv:
         QStringList texts;
         std::ranges::transform(cells, std::back_inserter(texts), cellText);
-        return addCsv(texts);
+        addCsv(texts);
+        break;
     }
 }
 

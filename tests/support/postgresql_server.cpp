@@ -110,7 +110,7 @@ void PostgresqlServer::start() {
     waited.start();
     while (!m_process->startAndAwait(program, command, "ready to accept connections")) {
         // What is left of one that was killed keeps the next one out until it has gone too.
-        if (!m_process->log().contains("pre-existing shared memory block is still in use") ||
+        if (!m_process->log().contains("pre-existing shared memory block") ||
             waited.hasExpired(patienceMsecs)) {
             throw std::runtime_error("PostgreSQL does not start: " +
                                      m_process->log().toStdString());
