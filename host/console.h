@@ -11,9 +11,9 @@ namespace host {
 
 class Progress;
 
-/// Where the program writes its results, or what it remarks on them. On a terminal with bold headings
-/// and moving progress bars; elsewhere plain lines without any control characters, the same in every
-/// run on the same input.
+/// Where the program writes its results, or what it remarks on them. On a terminal with bold
+/// headings and moving progress bars; elsewhere plain lines without any control characters, the
+/// same in every run on the same input.
 ///
 /// Borrows the stream.
 class Console {
@@ -49,8 +49,8 @@ public:
     /// The first of the texts, one a line, and how many more there are; nothing if there are none.
     void complaints(const QStringList& texts);
 
-    /// Each row must have as many cells as there are columns. On a terminal that is too narrow, each
-    /// row is a block with a line for each cell. Control characters are shown as \xNN.
+    /// Each row must have as many cells as there are columns. On a terminal that is too narrow,
+    /// each row is a block with a line for each cell. Control characters are shown as \xNN.
     void table(const std::vector<Column>& columns, const std::vector<QStringList>& rows);
 
     /// A bar of `total` steps, to be advanced by the caller while it lives. One at a time.
