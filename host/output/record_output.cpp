@@ -112,9 +112,8 @@ QJsonValue timeCell(const QDateTime& time, bool local) {
     if (!time.isValid()) {
         return {};
     }
-    const auto shown = local
-                           ? time.toLocalTime().toOffsetFromUtc(time.toLocalTime().offsetFromUtc())
-                           : time.toUTC();
+    const auto shown =
+        local ? time.toOffsetFromUtc(time.toLocalTime().offsetFromUtc()) : time.toUTC();
     return shown.toString(time.time().msec() == 0 ? Qt::ISODate : Qt::ISODateWithMs);
 }
 

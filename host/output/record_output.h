@@ -39,7 +39,8 @@ public:
     /// other forms show objects and lists as their JSON text.
     void add(const QJsonArray& cells);
 
-    /// After the last record.
+    /// After the last record: a table is shown now. Whether all of it has arrived, the console
+    /// knows (Console::requireWritten()).
     void finish();
 
 private:

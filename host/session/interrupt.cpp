@@ -1,6 +1,7 @@
 #include "host/session/interrupt.h"
 
 #include <array>
+#include <atomic>
 #include <csignal>
 
 namespace host {
@@ -9,16 +10,17 @@ namespace {
 
 constexpr std::array signals{SIGINT, SIGTERM};
 
-volatile std::sig_atomic_t noted = 0;
+std::atomic<bool> noted = false;
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal's handler sets it");
 
 void note(int /*signal*/) {
-    noted = 1;
+    noted = true;
 }
 
 } // namespace
 
 Interrupt::Interrupt() {
-    noted = 0;
+    noted = false;
     struct sigaction action{};
     action.sa_handler = note;
     // The handler is taken back with the first signal. Calls that wait go on: the client libraries
@@ -36,7 +38,7 @@ Interrupt::~Interrupt() {
 }
 
 bool Interrupt::requested() {
-    return noted != 0;
+    return noted;
 }
 
 } // namespace host

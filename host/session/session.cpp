@@ -23,32 +23,28 @@ interfaces::IDatabaseFactory& Session::factory() {
     return m_plugin->factory();
 }
 
-interfaces::IMessagesDatabase& Session::messages() {
-    if (!m_messages) {
-        m_messages = openMessages(factory(), settings());
+template <class Store>
+Store& Session::opened(std::shared_ptr<Store>& store, Open<Store> open) {
+    if (!store) {
+        store = open(factory(), settings());
     }
-    return *m_messages;
+    return *store;
+}
+
+interfaces::IMessagesDatabase& Session::messages() {
+    return opened(m_messages, openMessages);
 }
 
 interfaces::IEAVDatabase& Session::values() {
-    if (!m_values) {
-        m_values = openValues(factory(), settings());
-    }
-    return *m_values;
+    return opened(m_values, openValues);
 }
 
 interfaces::IDriverState& Session::states() {
-    if (!m_states) {
-        m_states = openStates(factory(), settings());
-    }
-    return *m_states;
+    return opened(m_states, openStates);
 }
 
 interfaces::IDeviceClientsDatabase& Session::clients() {
-    if (!m_clients) {
-        m_clients = openClients(factory(), settings());
-    }
-    return *m_clients;
+    return opened(m_clients, openClients);
 }
 
 RecordOutput Session::output(std::vector<Field> fields) {

@@ -27,7 +27,9 @@ struct SessionOptions {
 };
 
 /// What a command works with. Settings are read, and the plug-in and its stores opened, when they
-/// are first asked for; whatever of that fails throws Failure. Borrows the consoles.
+/// are first asked for, which blocks on the servers; whatever of that fails throws Failure, and is
+/// tried again when it is next asked for. For one thread. Borrows the consoles; the stores are its
+/// own and go with it.
 class Session {
 public:
     /// `results` is where records go, `remarks` where what is said about them.
@@ -52,6 +54,12 @@ public:
     QJsonValue time(const QDateTime& time) const;
 
 private:
+    template <class Store>
+    using Open = std::shared_ptr<Store> (*)(interfaces::IDatabaseFactory&, const QJsonObject&);
+
+    template <class Store>
+    Store& opened(std::shared_ptr<Store>& store, Open<Store> open);
+
     SessionOptions m_options;
     Console& m_results;
     Console& m_remarks;
