@@ -1,0 +1,48 @@
+#include "contract/catalogue.h"
+#include "contract/child_task.h"
+#include "contract/command_line.h"
+#include "contract/report.h"
+#include "contract/run.h"
+
+#include <QCoreApplication>
+
+#include <exception>
+#include <iostream>
+
+namespace {
+
+enum ExitStatus : int {
+    allPassed = 0,
+    failed = 1,
+    wronglyCalled = 2,
+};
+
+ExitStatus runProgram(int argc, char** argv) {
+    contract::CommandLine given;
+    const auto app = contract::makeApp(given);
+    try {
+        app->parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app->exit(error) == 0 ? allPassed : wronglyCalled;
+    }
+    if (given.list) {
+        contract::listRules(std::cout, given.json, contract::selectedRules(given.only));
+        return allPassed;
+    }
+    if (!given.task.isEmpty()) {
+        contract::doTask(given);
+    }
+    return contract::run(given, std::cout) ? allPassed : failed;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        const QCoreApplication application(argc, argv);
+        return runProgram(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "kelvro-contract: " << error.what() << '\n';
+        return failed;
+    }
+}
