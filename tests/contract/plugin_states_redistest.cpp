@@ -47,8 +47,8 @@ protected:
         return settings;
     }
 
-    std::shared_ptr<IDriverState> create(QObject* parent = nullptr) {
-        auto state = plugin.factory()->CreateDriverStateInst(settings(), parent);
+    std::shared_ptr<IDriverState> create() {
+        auto state = plugin.factory()->CreateDriverStateInst(settings(), nullptr);
         state->SetPrefix("kelvro-test"_q);
         return state;
     }
@@ -64,41 +64,6 @@ TEST_F(PluginDriverState, LaysItsDurableStoresOutBeforeTheHostHasTheObject) {
     const auto state = create();
 
     EXPECT_THAT(database.collections(), ElementsAre("dl_queues", "states"));
-}
-
-TEST_F(PluginDriverState, IsCreatedThroughSlotThreeOfTheFactory) {
-    const auto state = slot<std::shared_ptr<IDriverState>(const QJsonObject&, QObject*)>::call(
-        plugin.factory(), 3, settings(), nullptr);
-
-    ASSERT_NE(state, nullptr);
-    EXPECT_THAT(database.collections(), ElementsAre("dl_queues", "states"));
-}
-
-TEST_F(PluginDriverState, BelongsToTheHostAlone) {
-    QObject parent;
-    const auto state = create(&parent);
-
-    EXPECT_EQ(state.use_count(), 1);
-    EXPECT_THAT(parent.children(), IsEmpty());
-    EXPECT_NE(state, create());
-}
-
-TEST_F(PluginDriverState, HasAWorkingCopyOfItsOwn) {
-    const auto one = create();
-    const auto other = create();
-    one->SetValue(device, "n"_q, 5);
-
-    EXPECT_EQ(other->GetAll(device), QJsonObject());
-}
-
-TEST_F(PluginDriverState, OutlivesTheFactory) {
-    const auto state = create();
-    delete plugin.root();
-    state->SetValue(device, "n"_q, 5);
-    state->Push(device, false);
-
-    redis.select(0);
-    EXPECT_EQ(redis.run({"GET", "kelvro-test:" + number}), R"({"n":5})");
 }
 
 TEST_F(PluginDriverState, ServesValuesThroughItsSlots) {
@@ -213,15 +178,6 @@ TEST_F(PluginClients, AreServedThroughTheSlots) {
     EXPECT_THAT((slot<std::list<QString>(int)>::call(repository, 1, device)),
                 ElementsAre("client of 2"_q));
     EXPECT_EQ((slot<std::pair<QString, QString>(int)>::call(repository, 2, device)),
-              std::make_pair("wm-bus"_q, "meter-3"_q));
-}
-
-TEST_F(PluginClients, OutliveTheFactory) {
-    fill(2);
-    const auto clients = create();
-    delete plugin.root();
-
-    EXPECT_EQ(clients->DeviceClientsRepository()->GetDeviceInfo(device),
               std::make_pair("wm-bus"_q, "meter-3"_q));
 }
 
