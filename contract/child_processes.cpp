@@ -13,7 +13,7 @@ namespace contract {
 
 namespace {
 
-constexpr int msecsPerSec = 1000;
+constexpr qint64 msecsPerSec = 1000;
 
 QString endOf(const QProcess& process) {
     if (process.error() == QProcess::FailedToStart) {

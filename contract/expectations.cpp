@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 
+#include <array>
 #include <cstdlib>
 #include <exception>
 #include <typeinfo>
@@ -40,10 +41,8 @@ void expect(bool isSo, const QString& expected, const QString& seen) {
 }
 
 QString toText(const std::variant<int, double, QByteArray>& value) {
-    const auto* const type = value.index() == 0   ? "the int "
-                             : value.index() == 1 ? "the double "
-                                                  : "the bytes ";
-    return QLatin1String(type) +
+    constexpr std::array types{"the int ", "the double ", "the bytes "};
+    return QLatin1String(types.at(value.index())) +
            std::visit([](const auto& alternative) { return toText(alternative); }, value);
 }
 

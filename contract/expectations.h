@@ -87,8 +87,9 @@ void expectThrowsText(const QString& what, const QString& text, Call call) {
 /// The object behind the pointer, which is never null.
 template <class Pointer>
 auto& expectObject(const QString& what, const Pointer& pointer) {
-    expect(pointer != nullptr, what + QStringLiteral(" is an object"),
-           QStringLiteral("a null pointer"));
+    if (pointer == nullptr) {
+        throw RuleBroken{what + QStringLiteral(" is an object"), QStringLiteral("a null pointer")};
+    }
     return *pointer;
 }
 

@@ -4,7 +4,6 @@
 
 #include <iostream>
 #include <mutex>
-#include <optional>
 #include <utility>
 
 namespace contract {
@@ -15,7 +14,7 @@ namespace {
 struct Log {
     std::mutex mutex;
     bool toStandardError = false;
-    std::optional<QStringList> kept;
+    QStringList* kept = nullptr;
 };
 
 Log& theLog() {
@@ -25,8 +24,8 @@ Log& theLog() {
 
 void handle(QtMsgType type, const QMessageLogContext& context, const QString& text) {
     auto& log = theLog();
-    const std::lock_guard lock{log.mutex};
-    if (log.kept && type == QtDebugMsg && qstrcmp(context.category, "default") == 0) {
+    const std::scoped_lock lock{log.mutex};
+    if (log.kept != nullptr && type == QtDebugMsg && qstrcmp(context.category, "default") == 0) {
         const bool quoted =
             text.size() > 1 && text.startsWith(QLatin1Char('"')) && text.endsWith(QLatin1Char('"'));
         log.kept->append(quoted ? text.mid(1, text.size() - 2) : text);
@@ -44,18 +43,18 @@ void takeLog(bool toStandardError) {
 }
 
 LogLines::LogLines() {
-    const std::lock_guard lock{theLog().mutex};
-    theLog().kept.emplace();
+    const std::scoped_lock lock{theLog().mutex};
+    theLog().kept = &m_lines;
 }
 
 LogLines::~LogLines() {
-    const std::lock_guard lock{theLog().mutex};
-    theLog().kept.reset();
+    const std::scoped_lock lock{theLog().mutex};
+    theLog().kept = nullptr;
 }
 
 QStringList LogLines::take() {
-    const std::lock_guard lock{theLog().mutex};
-    return std::exchange(*theLog().kept, {});
+    const std::scoped_lock lock{theLog().mutex};
+    return std::exchange(m_lines, {});
 }
 
 } // namespace contract

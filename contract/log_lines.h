@@ -1,9 +1,6 @@
 #pragma once
 
-#include <QList>
-#include <QString>
 #include <QStringList>
-#include <QtGlobal>
 
 namespace contract {
 
@@ -21,6 +18,9 @@ public:
 
     /// The lines since the last call, without the quotes that QDebug puts around a text.
     QStringList take();
+
+private:
+    QStringList m_lines;
 };
 
 } // namespace contract

@@ -12,11 +12,9 @@ namespace contract {
 /// Function pointer in entry `entry`, counted from 0, of the table that the object begins with.
 template <typename Function, typename Interface>
 Function entryOf(Interface* object, std::size_t entry) {
-    const void* const* table = nullptr;
-    std::memcpy(&table, static_cast<const void*>(object), sizeof table);
-    Function function = nullptr;
-    std::memcpy(&function, table + entry, sizeof function);
-    return function;
+    void* const* table = nullptr;
+    std::memcpy(static_cast<void*>(&table), static_cast<const void*>(object), sizeof table);
+    return reinterpret_cast<Function>(table[entry]);
 }
 
 template <typename Signature>
