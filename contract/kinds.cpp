@@ -7,7 +7,6 @@ namespace contract {
 namespace {
 
 constexpr qint64 firstSecs = 1'700'000'000;
-constexpr qint64 in2100Secs = 4'102'444'800;
 constexpr int msecsPerSec = 1000;
 
 /// With milliseconds, which a ttl keeps.
@@ -15,17 +14,6 @@ QDateTime tomorrow() {
     constexpr qint64 dayMsecs = 86'400'123;
     const qint64 now = QDateTime::currentSecsSinceEpoch() * msecsPerSec;
     return QDateTime::fromMSecsSinceEpoch(now + dayMsecs, Qt::UTC);
-}
-
-template <class Filter>
-Filter everythingOf(const Trial& trial) {
-    Filter filter;
-    for (int index = 0; index < Trial::devices; ++index) {
-        filter.modem_ids.push_back(trial.device(index));
-    }
-    filter.begin = QDateTime::fromSecsSinceEpoch(0, Qt::UTC);
-    filter.end = QDateTime::fromSecsSinceEpoch(in2100Secs, Qt::UTC);
-    return filter;
 }
 
 } // namespace
@@ -62,10 +50,6 @@ Uplinks::Record Uplinks::record(int device, int number, double secs) {
         .protocol = QStringLiteral("wM-Bus"),
         .payload = QByteArrayLiteral("\x01\xab"),
     };
-}
-
-Uplinks::Filter Uplinks::everything(const Trial& trial) {
-    return everythingOf<Filter>(trial);
 }
 
 std::list<Uplinks::Record> Uplinks::save(Trial& trial, std::list<Record> records) {
@@ -110,10 +94,6 @@ Downlinks::Record Downlinks::record(int device, int number, double secs) {
     };
 }
 
-Downlinks::Filter Downlinks::everything(const Trial& trial) {
-    return everythingOf<Filter>(trial);
-}
-
 std::list<Downlinks::Record> Downlinks::save(Trial& trial, std::list<Record> records) {
     for (auto& record : records) {
         trial.downlinks().SaveMessage(record);
@@ -151,10 +131,6 @@ Values::Record Values::record(int device, int number, double secs) {
     };
 }
 
-Values::Filter Values::everything(const Trial& trial) {
-    return everythingOf<Filter>(trial);
-}
-
 std::list<Values::Record> Values::save(Trial& trial, std::list<Record> records) {
     trial.eav().SaveValues(records);
     return records;
@@ -189,10 +165,6 @@ Events::Record Events::record(int device, int number, double secs) {
         .parameter = number,
         .ttl = tomorrow(),
     };
-}
-
-Events::Filter Events::everything(const Trial& trial) {
-    return everythingOf<Filter>(trial);
 }
 
 std::list<Events::Record> Events::save(Trial& trial, std::list<Record> records) {

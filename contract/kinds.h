@@ -3,6 +3,7 @@
 #include "contract/expectations.h"
 #include "contract/trial.h"
 
+#include <QDateTime>
 #include <QJsonDocument>
 
 #include <list>
@@ -24,15 +25,27 @@ QDateTime instant(double secs);
 ///     save()               gives what was saved, with what the store has written into it
 ///     find(), removeAll()
 ///     setTexts(), setJson()  all members of the kind
-struct Uplinks {
-    using Record = model::message;
-    using Filter = model::filter_roll;
-    static constexpr Stores store = uplinkStore;
-    static constexpr bool limitIsPerDevice = false;
+template <class RecordType, class FilterType, Stores storeFlag, bool perDevice>
+struct RecordKind {
+    using Record = RecordType;
+    using Filter = FilterType;
+    static constexpr Stores store = storeFlag;
+    static constexpr bool limitIsPerDevice = perDevice;
 
+    static Filter everything(const Trial& trial) {
+        Filter filter;
+        for (int index = 0; index < Trial::devices; ++index) {
+            filter.modem_ids.push_back(trial.device(index));
+        }
+        filter.begin = QDateTime::fromSecsSinceEpoch(0, Qt::UTC);
+        filter.end = QDateTime::fromSecsSinceEpoch(4'102'444'800, Qt::UTC); // in 2100
+        return filter;
+    }
+};
+
+struct Uplinks : RecordKind<model::message, model::filter_roll, uplinkStore, false> {
     static Record record(int device, int number, double secs = 0);
     static int numberOf(const Record& record) { return record.station_id; }
-    static Filter everything(const Trial& trial);
     static std::list<Record> save(Trial& trial, std::list<Record> records);
     static Answer<Record> find(Trial& trial, const Filter& filter);
     static void removeAll(Trial& trial);
@@ -40,15 +53,9 @@ struct Uplinks {
     static void setJson(Record& record, const QJsonObject& object);
 };
 
-struct Downlinks {
-    using Record = model::dl_message;
-    using Filter = model::filter_dl;
-    static constexpr Stores store = downlinkStore;
-    static constexpr bool limitIsPerDevice = true;
-
+struct Downlinks : RecordKind<model::dl_message, model::filter_dl, downlinkStore, true> {
     static Record record(int device, int number, double secs = 0);
     static int numberOf(const Record& record) { return record.timeout; }
-    static Filter everything(const Trial& trial);
     static std::list<Record> save(Trial& trial, std::list<Record> records);
     static Answer<Record> find(Trial& trial, const Filter& filter);
     static void removeAll(Trial& trial);
@@ -56,15 +63,9 @@ struct Downlinks {
     static void setJson(Record& record, const QJsonObject& object);
 };
 
-struct Values {
-    using Record = model::dev_value;
-    using Filter = model::filter_eav;
-    static constexpr Stores store = valueStore;
-    static constexpr bool limitIsPerDevice = false;
-
+struct Values : RecordKind<model::dev_value, model::filter_eav, valueStore, false> {
     static Record record(int device, int number, double secs = 0);
     static int numberOf(const Record& record) { return record.message_id.toInt(); }
-    static Filter everything(const Trial& trial);
     static std::list<Record> save(Trial& trial, std::list<Record> records);
     static Answer<Record> find(Trial& trial, const Filter& filter);
     static void removeAll(Trial& trial);
@@ -72,15 +73,9 @@ struct Values {
     static void setJson(Record& record, const QJsonObject& object);
 };
 
-struct Events {
-    using Record = model::dev_event;
-    using Filter = model::filter_eav;
-    static constexpr Stores store = eventStore;
-    static constexpr bool limitIsPerDevice = false;
-
+struct Events : RecordKind<model::dev_event, model::filter_eav, eventStore, false> {
     static Record record(int device, int number, double secs = 0);
     static int numberOf(const Record& record) { return record.parameter; }
-    static Filter everything(const Trial& trial);
     static std::list<Record> save(Trial& trial, std::list<Record> records);
     static Answer<Record> find(Trial& trial, const Filter& filter);
     static void removeAll(Trial& trial);

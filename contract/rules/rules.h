@@ -19,4 +19,7 @@ std::span<const Rule> downlinkQueueRules();
 std::span<const Rule> clientRules();
 std::span<const Rule> threadRules();
 
+/// The rule of two groups that no plug-in can be tried with.
+[[noreturn]] void durableCopyShowsNowhere(Trial& trial);
+
 } // namespace contract
