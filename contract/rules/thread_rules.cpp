@@ -18,6 +18,7 @@ template <class Body>
 void onThreadsAtOnce(const Body& body) {
     std::latch begin{Trial::devices};
     std::vector<std::future<void>> running;
+    running.reserve(Trial::devices);
     for (int number = 0; number < Trial::devices; ++number) {
         running.push_back(std::async(std::launch::async, [&, number] {
             begin.arrive_and_wait();
