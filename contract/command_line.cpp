@@ -35,10 +35,11 @@ std::unique_ptr<CLI::App> makeApp(CommandLine& given) {
         "kelvro-contract");
     app->set_version_flag("--version", KELVRO_CONTRACT_VERSION);
     app->footer(
-        "It prints a line for each rule: passed, failed (what was expected and what was seen) or\n"
-        "not applicable (why), and then the counts. It knows the plug-in by its interfaces only,\n"
+        // CLI11 breaks the lines.
+        "It prints a line for each rule: passed, failed (what was expected and what was seen) or "
+        "not applicable (why), and then the counts. It knows the plug-in by its interfaces only, "
         "and stores records of its own devices, which it deletes again.\n\n"
-        "Exit status: 0 all passed, 1 something failed or could not be reached, 2 wrongly "
+        "Exit status: 0 nothing failed, 1 something failed or could not be reached, 2 wrongly "
         "called.\n\n"
         "Example: kelvro-contract --plugin libmydriver.so --settings settings.json");
     addText(*app, "--plugin", given.pluginFile, "The plug-in's file");
