@@ -2,6 +2,7 @@
 
 #include "host/drawing.h"
 #include "host/failure.h"
+#include "host/fitted_rows.h"
 #include "host/progress.h"
 
 #include <ftxui/dom/table.hpp>
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <iostream>
 #include <iterator>
+#include <limits>
 #include <string>
 #include <unistd.h>
 #include <utility>
@@ -48,6 +50,13 @@ QString visible(const QString& text) {
     return shown;
 }
 
+std::vector<QStringList> visible(std::vector<QStringList> rows) {
+    for (auto& row : rows) {
+        std::ranges::transform(row, row.begin(), [](const QString& text) { return visible(text); });
+    }
+    return rows;
+}
+
 Console consoleOf(std::ostream& stream, int descriptor) {
     return isatty(descriptor) == 1
                ? Console(stream, Console::Kind::Terminal, ftxui::Terminal::Size().dimx)
@@ -56,7 +65,7 @@ Console consoleOf(std::ostream& stream, int descriptor) {
 
 ftxui::Element tableElement(const std::vector<Console::Column>& columns,
                             const std::vector<QStringList>& rows) {
-    const auto padded = [](const QString& text) { return ' ' + visible(text).toStdString() + ' '; };
+    const auto padded = [](const QString& text) { return ' ' + text.toStdString() + ' '; };
     std::vector<std::vector<std::string>> cells(1);
     for (const auto& column : columns) {
         cells.back().push_back(padded(column.title));
@@ -124,13 +133,16 @@ void Console::complaints(const QStringList& texts) {
 }
 
 void Console::table(const std::vector<Column>& columns, const std::vector<QStringList>& rows) {
-    const auto screen = draw(tableElement(columns, rows));
-    if (m_kind == Kind::Plain) {
+    const bool plain = m_kind == Kind::Plain;
+    const auto whole = fittedRows(columns, visible(rows), std::numeric_limits<int>::max());
+    const auto fitted = plain ? whole : fittedRows(columns, whole, m_width);
+    const auto screen = draw(tableElement(columns, fitted));
+    if (plain) {
         m_stream << plainText(screen) << std::flush;
     } else if (screen.dimx() <= m_width) {
         m_stream << screen.ToString() << '\n' << std::flush;
     } else {
-        blocks(columns, rows);
+        blocks(columns, whole);
     }
 }
 
@@ -141,7 +153,7 @@ void Console::blocks(const std::vector<Column>& columns, const std::vector<QStri
     for (const auto& row : rows) {
         for (int i = 0; i < row.size(); ++i) {
             const auto& title = columns.at(static_cast<std::size_t>(i)).title;
-            line(title.leftJustified(widest) + QStringLiteral("  ") + visible(row.at(i)));
+            line(title.leftJustified(widest) + QStringLiteral("  ") + row.at(i));
         }
         line();
     }

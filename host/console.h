@@ -23,6 +23,9 @@ public:
     struct Column {
         QString title;
         bool number = false;
+        /// Longer text is cut at so many characters, and before that where the terminal is too
+        /// narrow for the row; 0 for a column whose text is never cut.
+        int widest = 0;
     };
 
     /// `width` is a terminal's, in columns.

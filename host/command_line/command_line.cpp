@@ -49,6 +49,10 @@ void CommandLine::addOutputOptions(CLI::App& command) {
     };
     auto* const json = addForm("--json", OutputForm::JsonLines, "Print a JSON object a line");
     addForm("--csv", OutputForm::Csv, "Print comma-separated values (RFC 4180)")->excludes(json);
+    addZoneOption(command);
+}
+
+void CommandLine::addZoneOption(CLI::App& command) {
     command.add_flag("--local", m_options.localTimes,
                      "Show times in this machine's zone rather than in UTC");
 }

@@ -50,6 +50,9 @@ public:
     /// For a command that shows records: --json, --csv and --local.
     void addOutputOptions(CLI::App& command);
 
+    /// For a command that shows times: --local.
+    void addZoneOption(CLI::App& command);
+
     /// Chooses a command. What the program ends with instead, if help was asked for or the call was
     /// wrong; either has been printed then.
     std::optional<ExitStatus> parse(int argc, const char* const* argv);

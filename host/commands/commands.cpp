@@ -3,6 +3,13 @@
 namespace host {
 
 void addCommands(CommandLine& line) {
+    addUplinksCommand(line);
+    addValuesCommand(line);
+    addEventsCommand(line);
+    addDownlinkCommands(line);
+    addStateCommands(line);
+    addQueueCommands(line);
+    addClientsCommand(line);
     addPlotCommand(line);
     addDemoCommand(line);
     addShellCommands(line);

@@ -100,7 +100,7 @@ void RecordOutput::finish() {
         std::vector<Console::Column> columns;
         for (const auto& field : m_fields) {
             if (!field.title.isEmpty()) {
-                columns.push_back({field.title, field.number});
+                columns.push_back({field.title, field.number, field.widest});
             }
         }
         m_console.table(columns, m_rows);

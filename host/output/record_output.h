@@ -28,6 +28,8 @@ struct Field {
     /// Heading in a table; a field without one is in the other forms only.
     QString title;
     bool number = false;
+    /// In a table, longer text is cut at so many characters; 0 for never.
+    int widest = 0;
 };
 
 /// Shows the records of a command, in the form that its user has chosen. Borrows the console.

@@ -1,0 +1,33 @@
+#include "host/query/event_query.h"
+
+#include "host/check/attempt.h"
+#include "host/input/settings.h"
+#include "host/query/answer.h"
+#include "interfaces/ieav_repository.h"
+
+namespace host {
+
+namespace {
+
+model::filter_eav filterOf(const EventQuery& query) {
+    model::filter_eav filter;
+    filter.modem_ids = eachOnce(query.devices);
+    // Of events, these select by the text.
+    filter.tags = query.texts;
+    filter.begin = query.period.begin;
+    filter.end = query.period.end;
+    filter.limit = limitToAsk(query.limit);
+    return filter;
+}
+
+} // namespace
+
+void showEvents(const EventQuery& query, Session& session) {
+    auto& repository = *session.values().EAVRepository();
+    const auto returned =
+        attempt(QStringLiteral("reading the events at ") + serverName(session.settings()),
+                [&] { return repository.GetEvents(filterOf(query)); });
+    showAnswer(newestFirst(std::move(*returned), query.limit), QStringLiteral("events"), session);
+}
+
+} // namespace host
