@@ -19,10 +19,10 @@ CLI::Option* addJsonObject(CLI::App& command, const std::string& name, QJsonObje
     return command
         .add_option_function<std::string>(
             name,
-            [&object, name](const std::string& given) {
+            [&object](const std::string& given) {
                 const auto value = parseJson(QString::fromStdString(given));
                 if (!value || !value->isObject()) {
-                    throw CLI::ValidationError(name, given + R"( is no JSON object, as {"a": 1})");
+                    throw CLI::ValidationError(given + R"( is no JSON object, as {"a": 1})");
                 }
                 object = value->toObject();
             },
@@ -35,14 +35,13 @@ CLI::Option* addHexBytes(CLI::App& command, const std::string& name, QByteArray&
     return command
         .add_option_function<std::string>(
             name,
-            [&bytes, name](const std::string& given) {
+            [&bytes](const std::string& given) {
                 const bool digits = std::ranges::all_of(
                     given, [](unsigned char digit) { return std::isxdigit(digit) != 0; });
                 if (!digits || given.size() % 2 != 0) {
-                    throw CLI::ValidationError(name,
-                                               '"' + given +
-                                                   "\" is no bytes in hexadecimal digits, two for "
-                                                   "each byte");
+                    throw CLI::ValidationError('"' + given +
+                                               "\" is no bytes in hexadecimal digits, two for "
+                                               "each byte");
                 }
                 bytes = QByteArray::fromHex(QByteArray::fromStdString(given));
             },

@@ -17,11 +17,9 @@ void addQuery(CommandLine& line, CLI::App& parent, const CommandLine::Help& help
         showCommands(*query, session);
         return ExitStatus::Done;
     });
-    addDevices(command, query->devices);
-    addPeriodOptions(command, query->period);
+    addQueryOptions(command, *query);
     command.add_flag("--pending", query->pending,
                      "Only commands that are pending or wait for data");
-    addLimit(command, "--limit", query->limit, "How many of the newest, over all devices");
     line.addOutputOptions(command);
 }
 

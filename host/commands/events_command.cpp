@@ -1,4 +1,3 @@
-#include "host/command_line/devices.h"
 #include "host/commands/commands.h"
 #include "host/query/event_query.h"
 
@@ -16,11 +15,9 @@ void addEventsCommand(CommandLine& line) {
                      showEvents(*query, session);
                      return ExitStatus::Done;
                  });
-    addDevices(command, query->devices);
-    addPeriodOptions(command, query->period);
+    addQueryOptions(command, *query);
     addTexts(command, "--text", query->texts,
              "Only events with this whole text; may be given repeatedly");
-    addLimit(command, "--limit", query->limit, "How many of the newest, over all devices");
     line.addOutputOptions(command);
 }
 

@@ -63,14 +63,14 @@ void addSet(CommandLine& line, CLI::App& group) {
     command
         .add_option_function<std::string>(
             "VALUE",
-            [options](const std::string& given) {
-                const auto value = stateValue(QString::fromStdString(given));
-                if (!value) {
+            [value = &options->value](const std::string& given) {
+                const auto typed = stateValue(QString::fromStdString(given));
+                if (!typed) {
                     throw CLI::ValidationError(
-                        "VALUE", given + " is neither a number nor a text nor a JSON object, which "
-                                         "is all that a state holds; put a text in \"quotes\"");
+                        given + " is neither a number nor a text nor a JSON object, which "
+                                "is all that a state holds; put a text in \"quotes\"");
                 }
-                options->value = *value;
+                *value = *typed;
             },
             "A number, a text or a JSON object")
         ->type_name("")

@@ -1,4 +1,3 @@
-#include "host/command_line/devices.h"
 #include "host/commands/commands.h"
 #include "host/query/uplink_query.h"
 
@@ -17,8 +16,7 @@ void addUplinksCommand(CommandLine& line) {
             showUplinks(*query, session);
             return ExitStatus::Done;
         });
-    addDevices(command, query->devices);
-    addPeriodOptions(command, query->period);
+    addQueryOptions(command, *query);
     auto* const tag = addTexts(command, "--tag", query->tags,
                                "Only uplinks with this tag; may be given repeatedly");
     command
@@ -27,7 +25,6 @@ void addUplinksCommand(CommandLine& line) {
             "Let the period and the order be of the time when a base station heard the uplink; "
             "tags cannot be asked for then")
         ->excludes(tag);
-    addLimit(command, "--limit", query->limit, "How many of the newest, over all devices");
     line.addOutputOptions(command);
 }
 

@@ -1,4 +1,3 @@
-#include "host/command_line/devices.h"
 #include "host/commands/commands.h"
 #include "host/query/value_query.h"
 
@@ -39,12 +38,9 @@ void addValuesCommand(CommandLine& line) {
             showThem(*options, session);
             return ExitStatus::Done;
         });
-    addDevices(command, query.devices);
-    addPeriodOptions(command, query.period);
+    auto* const limit = addQueryOptions(command, query);
     auto* const obis = addObisCodes(command, query.obisCodes, "Only values of this OBIS code");
     addTexts(command, "--tag", query.tags, "Only values with this tag; may be given repeatedly");
-    auto* const limit =
-        addLimit(command, "--limit", query.limit, "How many of the newest, over all devices");
     auto* const firstLast = command.add_flag(
         "--first-last", options->firstLast,
         "Of each device and each code of --obis the newest number and, after it, the oldest; the "

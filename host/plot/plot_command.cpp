@@ -5,7 +5,7 @@
 #include "host/input/settings.h"
 #include "host/plot/drawn_curves.h"
 #include "host/plot/gnuplot.h"
-#include "host/query/answer.h"
+#include "host/query/record_query.h"
 #include "host/records/filters.h"
 #include "interfaces/ieav_repository.h"
 

@@ -15,11 +15,6 @@
 
 namespace host {
 
-/// What a store is asked for, so that it is seen whether there is more than `limit`.
-constexpr int limitToAsk(int limit) {
-    return limit == 0 ? 0 : limit + 1;
-}
-
 /// The records that a query shows.
 template <class Record>
 struct Answer {
@@ -72,16 +67,6 @@ void showAnswer(const Answer<Record>& answer, const QString& kind, Session& sess
                                    .arg(kind)
                                    .arg(answer.records.size()));
     }
-}
-
-/// Each once, in their order: a store that is asked for a device twice may answer twice.
-template <class Value>
-std::list<Value> eachOnce(const std::list<Value>& values) {
-    std::list<Value> once;
-    std::ranges::copy_if(values, std::back_inserter(once), [&](const Value& value) {
-        return std::ranges::find(once, value) == once.end();
-    });
-    return once;
 }
 
 } // namespace host

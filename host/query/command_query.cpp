@@ -7,26 +7,14 @@
 
 namespace host {
 
-namespace {
-
-model::filter_dl filterOf(const CommandQuery& query) {
-    model::filter_dl filter;
-    filter.modem_ids = eachOnce(query.devices);
-    filter.begin = query.period.begin;
-    filter.end = query.period.end;
-    // The store counts the commands of each device by themselves; the newest of all are among them.
-    filter.limit = limitToAsk(query.limit);
-    return filter;
-}
-
-} // namespace
-
 void showCommands(const CommandQuery& query, Session& session) {
     auto& repository = *session.messages().DlMessageRepository();
+    // The store counts the commands of each device by themselves; the newest of all are among them.
+    const auto filter = filterFor<model::filter_dl>(query);
     const auto returned =
         attempt(QStringLiteral("reading the commands at ") + serverName(session.settings()), [&] {
-            return query.pending ? repository.GetNotAckCommands(filterOf(query))
-                                 : repository.GetCommands(filterOf(query));
+            return query.pending ? repository.GetNotAckCommands(filter)
+                                 : repository.GetCommands(filter);
         });
     showAnswer(newestFirst(std::move(*returned), query.limit),
                query.pending ? QStringLiteral("pending commands") : QStringLiteral("commands"),

@@ -1,19 +1,12 @@
 #pragma once
 
-#include "host/command_line/record_options.h"
-#include "host/command_line/times.h"
+#include "host/query/record_query.h"
 #include "host/session/session.h"
-
-#include <list>
 
 namespace host {
 
 /// Which downlink commands a user wants to see.
-struct CommandQuery {
-    std::list<int> devices;
-    Period period;
-    /// Over all devices; 0 for all there are.
-    int limit = usualLimit;
+struct CommandQuery : RecordQuery {
     /// Only those that are pending or wait for data.
     bool pending = false;
 };

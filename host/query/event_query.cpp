@@ -10,13 +10,9 @@ namespace host {
 namespace {
 
 model::filter_eav filterOf(const EventQuery& query) {
-    model::filter_eav filter;
-    filter.modem_ids = eachOnce(query.devices);
+    auto filter = filterFor<model::filter_eav>(query);
     // Of events, these select by the text.
     filter.tags = query.texts;
-    filter.begin = query.period.begin;
-    filter.end = query.period.end;
-    filter.limit = limitToAsk(query.limit);
     return filter;
 }
 

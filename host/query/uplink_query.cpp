@@ -10,13 +10,9 @@ namespace host {
 namespace {
 
 model::filter_roll filterOf(const UplinkQuery& query) {
-    model::filter_roll filter;
-    filter.modem_ids = eachOnce(query.devices);
+    auto filter = filterFor<model::filter_roll>(query);
     filter.tags = query.tags;
-    filter.begin = query.period.begin;
-    filter.end = query.period.end;
     filter.by_time_detected = query.detected;
-    filter.limit = limitToAsk(query.limit);
     return filter;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "host/command_line/record_options.h"
-#include "host/command_line/times.h"
+#include "host/query/record_query.h"
 #include "host/session/session.h"
 
 #include <QString>
@@ -11,13 +10,9 @@
 namespace host {
 
 /// Which uplinks a user wants to see.
-struct UplinkQuery {
-    std::list<int> devices;
-    Period period;
+struct UplinkQuery : RecordQuery {
     /// Empty for any tag. The store does not read them where the period is of the detection.
     std::list<QString> tags;
-    /// Over all devices; 0 for all there are.
-    int limit = usualLimit;
     /// The period, and the order, are of the time when a base station heard the uplink.
     bool detected = false;
 };

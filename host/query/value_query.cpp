@@ -11,13 +11,9 @@ namespace host {
 namespace {
 
 model::filter_eav filterOf(const ValueQuery& query) {
-    model::filter_eav filter;
-    filter.modem_ids = eachOnce(query.devices);
+    auto filter = filterFor<model::filter_eav>(query);
     filter.obis_codes = eachOnce(query.obisCodes);
     filter.tags = query.tags;
-    filter.begin = query.period.begin;
-    filter.end = query.period.end;
-    filter.limit = limitToAsk(query.limit);
     return filter;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "host/command_line/record_options.h"
-#include "host/command_line/times.h"
+#include "host/query/record_query.h"
 #include "host/session/session.h"
 
 #include <QString>
@@ -11,14 +10,10 @@
 namespace host {
 
 /// Which values a user wants to see.
-struct ValueQuery {
-    std::list<int> devices;
-    Period period;
+struct ValueQuery : RecordQuery {
     /// Empty for any code, and for any tag.
     std::list<QString> obisCodes;
     std::list<QString> tags;
-    /// Over all devices; 0 for all there are.
-    int limit = usualLimit;
     /// Without codes, so many of each device's newest values tell which codes it has; 0 for all.
     int depth = 10'000;
 };

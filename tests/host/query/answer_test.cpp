@@ -1,5 +1,6 @@
 #include "host/query/answer.h"
 
+#include "host/query/record_query.h"
 #include "tests/support/qt_literals.h"
 #include "tests/support/qt_printers.h"
 
