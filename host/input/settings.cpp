@@ -38,14 +38,14 @@ void checkMongoUrl(const QString& url, const QString& origin) {
     }
 }
 
+} // namespace
+
 bool holdSecrets(const QJsonObject& settings) {
     return settings.value(QLatin1String("url")).toString().contains(QLatin1Char('@')) ||
            !redisSettings(settings).auth.isEmpty();
 }
 
-} // namespace
-
-QJsonObject readSettings(const QString& fileName) {
+QJsonObject readSettingsObject(const QString& fileName) {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly)) {
         throw Failure(QStringLiteral("cannot read the settings file %1: %2")
@@ -61,13 +61,17 @@ QJsonObject readSettings(const QString& fileName) {
     if (!document.isObject()) {
         throw Failure(QStringLiteral("the settings file %1 is not a JSON object").arg(fileName));
     }
-    auto settings = document.object();
+    return document.object();
+}
+
+QJsonObject readSettings(const QString& fileName) {
+    auto settings = readSettingsObject(fileName);
     const auto url = settings.value(QLatin1String("url")).toString();
     if (url.isEmpty()) {
         throw Failure(QStringLiteral("the settings file %1 has no \"url\" text").arg(fileName));
     }
     checkMongoUrl(url, QStringLiteral("the \"url\" of the settings file %1").arg(fileName));
-    if (file.permissions().testFlag(QFileDevice::ReadOther) && holdSecrets(settings)) {
+    if (QFile::permissions(fileName).testFlag(QFileDevice::ReadOther) && holdSecrets(settings)) {
         qWarning("the settings file %s has a password in it, and every user may read it",
                  qUtf8Printable(fileName));
     }
@@ -89,14 +93,19 @@ QJsonObject settingsFromEnvironment() {
 }
 
 QJsonObject findSettings(const QString& fileName) {
+    const auto file = findSettingsFile(fileName);
+    return file.isEmpty() ? settingsFromEnvironment() : readSettings(file);
+}
+
+QString findSettingsFile(const QString& fileName) {
     if (!fileName.isEmpty()) {
-        return readSettings(fileName);
+        return fileName;
     }
     if (const auto named = qEnvironmentVariable("KELVRO_SETTINGS"); !named.isEmpty()) {
-        return readSettings(named);
+        return named;
     }
     if (!qEnvironmentVariableIsEmpty("MONGODB_URL")) {
-        return settingsFromEnvironment();
+        return {};
     }
     const QString own = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
                         QStringLiteral("/kelvrostorage/settings.json");
@@ -105,7 +114,7 @@ QJsonObject findSettings(const QString& fileName) {
                                      "KELVRO_SETTINGS or MONGODB_URL, nor a file %1")
                           .arg(own));
     }
-    return readSettings(own);
+    return own;
 }
 
 RedisSettings redisSettings(const QJsonObject& settings) {

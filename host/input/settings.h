@@ -12,6 +12,12 @@ namespace host {
 /// judge. A file with a password in it that every user may read gets a warning in the log.
 QJsonObject readSettings(const QString& fileName);
 
+/// As readSettings(), but whatever the object holds is left to the caller to judge.
+QJsonObject readSettingsObject(const QString& fileName);
+
+/// Whether there is a password in the settings.
+bool holdSecrets(const QJsonObject& settings);
+
 /// The settings for the servers that the environment names: MONGODB_URL and
 /// REDIS_URL=redis://[:password@]host[:port], with time-outs (withTimeouts()). Throws Failure,
 /// naming the variable, if MONGODB_URL is not set or mongoUrlFault() objects to it, or REDIS_URL is
@@ -23,6 +29,10 @@ QJsonObject settingsFromEnvironment();
 /// kelvrostorage/settings.json in XDG_CONFIG_HOME (~/.config). Throws as those above do, and if
 /// there is none.
 QJsonObject findSettings(const QString& fileName);
+
+/// The file that findSettings() reads; empty if it takes the servers that the environment names.
+/// Throws Failure if there is neither.
+QString findSettingsFile(const QString& fileName);
 
 /// What the plug-in reads from the "redis" object of the settings, defaults filled in.
 struct RedisSettings {
