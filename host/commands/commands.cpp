@@ -11,6 +11,8 @@ void addCommands(CommandLine& line) {
     addQueueCommands(line);
     addClientsCommand(line);
     addPlotCommand(line);
+    addDoctorCommand(line);
+    addTransferCommands(line);
     addDemoCommand(line);
     addShellCommands(line);
 }
