@@ -123,7 +123,8 @@ bool runDoctor(Session& session) {
     report.add(QStringLiteral("Plug-in"), pluginFindings(session.options().pluginFile));
     if (settings) {
         if (canBeHandedOn(settings->value(QLatin1String("url")).toString())) {
-            report.add(QStringLiteral("MongoDB"), mongoFindings(*settings));
+            report.add(QStringLiteral("MongoDB"),
+                       mongoFindings(*settings, session.options().localTimes));
         }
         if (!Interrupt::requested()) {
             report.add(QStringLiteral("Redis"), redisFindings(*settings));

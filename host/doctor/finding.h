@@ -26,11 +26,13 @@ struct Finding {
     Severity severity = Severity::Ok;
     /// What was looked at.
     QString subject;
+    // NOLINTBEGIN(readability-redundant-member-init): GCC warns where one without is left out.
     QString found = {};
     /// What to do; empty if nothing is to be done.
     QString advice = {};
     /// The figures in `found`, for programs.
     QJsonObject details = {};
+    // NOLINTEND(readability-redundant-member-init)
 };
 
 using Findings = std::vector<Finding>;

@@ -17,9 +17,11 @@ struct ListedIndex {
     QString name;
     /// As in IndexLayout.
     QString keys;
+    // NOLINTBEGIN(readability-redundant-member-init): GCC warns where one without is left out.
     std::optional<double> expireAfterSecs = {};
     /// Options that the plug-in gives none of its indexes, as "unique"; empty without.
     QString options = {};
+    // NOLINTEND(readability-redundant-member-init)
 };
 
 /// Reads one document of the list.

@@ -3,6 +3,7 @@
 #include "host/doctor/index_check.h"
 #include "host/doctor/server_checks.h"
 #include "host/input/settings.h"
+#include "host/output/record_output.h"
 #include "host/servers/direct_mongo.h"
 #include "host/servers/store_layout.h"
 
@@ -32,7 +33,9 @@ namespace {
 /// For a look that has to read much of a collection.
 constexpr std::chrono::seconds patience{30};
 
-constexpr QLatin1String area("MongoDB");
+QString area() {
+    return QStringLiteral("MongoDB");
+}
 
 /// The collection with which another one is laid out; empty if it is looked for by itself.
 QString partnerOf(const QString& collection) {
@@ -51,7 +54,8 @@ QString bytesText(double bytes) {
 
 class MongoExamination {
 public:
-    explicit MongoExamination(const QJsonObject& settings) : m_server(settings) {}
+    MongoExamination(const QJsonObject& settings, bool localTimes)
+        : m_server(settings), m_localTimes(localTimes) {}
 
     Findings findings() {
         reach();
@@ -95,10 +99,10 @@ private:
         const auto hello = m_server.askServer(R"({"hello": 1})");
         const auto after = QDateTime::currentMSecsSinceEpoch();
         m_findings.push_back(
-            {.subject = area,
+            {.subject = area(),
              .found = QStringLiteral("%1 is there, %2").arg(m_server.name(), version())});
         m_findings.push_back(
-            roundTripFinding(area, [this] { m_server.askServer(R"({"ping": 1})"); }));
+            roundTripFinding(area(), [this] { m_server.askServer(R"({"ping": 1})"); }));
         const auto time = QDateTime::fromString(hello.value(QLatin1String("localTime"))
                                                     .toObject()
                                                     .value(QLatin1String("$date"))
@@ -106,7 +110,7 @@ private:
                                                 Qt::ISODateWithMs);
         if (time.isValid()) {
             m_now = time;
-            m_findings.push_back(clockFinding(area, time.toMSecsSinceEpoch(), before, after));
+            m_findings.push_back(clockFinding(area(), time.toMSecsSinceEpoch(), before, after));
         }
     }
 
@@ -225,7 +229,8 @@ private:
         if (!secs) {
             return;
         }
-        const auto time = QDateTime::fromSecsSinceEpoch(*secs, Qt::UTC).toString(Qt::ISODate);
+        const auto time =
+            timeCell(QDateTime::fromSecsSinceEpoch(*secs, Qt::UTC), m_localTimes).toString();
         const auto age = m_now.toSecsSinceEpoch() - *secs;
         constexpr qint64 tolerated = 300;
         Finding finding{.subject = QStringLiteral("newest of %1").arg(layout.name),
@@ -275,19 +280,20 @@ private:
     }
 
     DirectMongo m_server;
+    bool m_localTimes;
     QDateTime m_now = QDateTime::currentDateTimeUtc();
     Findings m_findings;
 };
 
 } // namespace
 
-Findings mongoFindings(const QJsonObject& settings) {
+Findings mongoFindings(const QJsonObject& settings, bool localTimes) {
     try {
-        return MongoExamination(settings).findings();
+        return MongoExamination(settings, localTimes).findings();
     } catch (const std::exception& error) {
         return {
             {.severity = Severity::Error,
-             .subject = area,
+             .subject = area(),
              .found = QStringLiteral("%1 cannot be asked: %2")
                           .arg(serverName(settings), QString::fromUtf8(error.what())),
              .advice = QStringLiteral("see that it runs, that \"url\" names it rightly, and that "

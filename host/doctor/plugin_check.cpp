@@ -19,7 +19,7 @@ QString packageVersion(const QString& fileName) {
         return {};
     }
     const auto bytes = file.readAll();
-    for (int start = 0; (start = bytes.indexOf("{\"type\":\"", start)) >= 0; ++start) {
+    for (int start = 0; (start = bytes.indexOf(R"({"type":")", start)) >= 0; ++start) {
         const auto note = bytes.mid(start, bytes.indexOf('}', start) - start + 1);
         const auto version =
             QJsonDocument::fromJson(note).object().value(QLatin1String("version")).toString();

@@ -14,7 +14,9 @@ namespace host {
 
 namespace {
 
-constexpr QLatin1String area("Redis");
+QString area() {
+    return QStringLiteral("Redis");
+}
 
 void append(Findings& findings, const Findings& more) {
     findings.insert(findings.end(), more.begin(), more.end());
@@ -40,13 +42,13 @@ RedisFacts pairs(const QVariantList& answer) {
 Findings reach(DirectRedis& server) {
     server.run({"PING"});
     Findings findings;
-    findings.push_back(roundTripFinding(area, [&] { server.run({"PING"}); }));
+    findings.push_back(roundTripFinding(area(), [&] { server.run({"PING"}); }));
     const auto before = QDateTime::currentMSecsSinceEpoch();
     const auto answer = server.ask({"TIME"});
     const auto after = QDateTime::currentMSecsSinceEpoch();
     if (answer) {
         const auto parts = answer->toList();
-        findings.push_back(clockFinding(area,
+        findings.push_back(clockFinding(area(),
                                         parts.value(0).toByteArray().toLongLong() * 1000 +
                                             parts.value(1).toByteArray().toLongLong() / 1000,
                                         before, after));
@@ -172,7 +174,7 @@ Findings redisFindings(const QJsonObject& settings) {
         const auto answer = server.ask({"INFO"});
         const auto info = redisInfo(answer.value_or(QVariant()).toByteArray());
         findings.push_back(
-            {.subject = area,
+            {.subject = area(),
              .found = QStringLiteral("%1 is there").arg(server.name()) +
                       (info.isEmpty() ? QString()
                                       : QStringLiteral(", Redis ") +
@@ -188,7 +190,7 @@ Findings redisFindings(const QJsonObject& settings) {
     } catch (const std::exception& error) {
         findings.push_back(
             {.severity = Severity::Error,
-             .subject = area,
+             .subject = area(),
              .found = QStringLiteral("%1 cannot be asked: %2")
                           .arg(redisName(settings), QString::fromUtf8(error.what())),
              .advice = QStringLiteral("see that it runs, that \"redis\" in the settings names it "

@@ -24,7 +24,9 @@ struct Known {
     int least = 0;
     int most = 0;
     /// What stands if the key is not there, for people.
+    // NOLINTBEGIN(readability-redundant-member-init): GCC warns where one without is left out.
     QString standing = {};
+    // NOLINTEND(readability-redundant-member-init)
 };
 
 const std::vector<Known>& knownOnTop() {

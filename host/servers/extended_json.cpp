@@ -8,7 +8,6 @@
 #include <QString>
 
 #include <clocale>
-#include <locale.h>
 
 namespace host {
 

@@ -10,7 +10,7 @@ namespace host {
 
 namespace {
 
-constexpr const char* bytesBegin = "{\"$bson_base64\":\"";
+constexpr const char* bytesBegin = R"({"$bson_base64":")";
 constexpr const char* bytesEnd = "\"}";
 
 QByteArray bytesLine(const DocumentView& document) {

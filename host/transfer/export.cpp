@@ -119,7 +119,7 @@ private:
                     .arg(there->title(), there->finished.toString(Qt::ISODate)));
             return true;
         }
-        auto store = m_folder.newStore(server, name);
+        auto store = ExportFolder::newStore(server, name);
         QElapsedTimer timer;
         timer.start();
         const auto what =

@@ -113,7 +113,7 @@ const ExportedStore* ExportFolder::find(const QString& server, const QString& na
     return found == m_stores.end() ? nullptr : &*found;
 }
 
-ExportedStore ExportFolder::newStore(const QString& server, const QString& name) const {
+ExportedStore ExportFolder::newStore(const QString& server, const QString& name) {
     // A collection may have any name.
     const auto fileName =
         QString::fromLatin1(QUrl::toPercentEncoding(name, QByteArrayLiteral("+")));

@@ -43,7 +43,7 @@ public:
     const ExportedStore* find(const QString& server, const QString& name) const;
 
     /// A store that shall be exported: its file and the time are filled in.
-    ExportedStore newStore(const QString& server, const QString& name) const;
+    static ExportedStore newStore(const QString& server, const QString& name);
     QString path(const ExportedStore& store) const;
 
     void add(const ExportedStore& store);

@@ -17,6 +17,8 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 
 namespace host {
@@ -40,8 +42,9 @@ QString faultOf(const ExportedStore& store, const QByteArray& line) {
 
 /// Throws Failure if the file is not the one that was written, naming its first damaged line if
 /// there is one.
-void checkFile(const ExportedStore& store, const QString& fileName) {
-    const auto sum = sumOf(fileName);
+void checkFile(const ExportedStore& store, const QString& fileName,
+               const std::function<void(qint64)>& read) {
+    const auto sum = sumOf(fileName, read);
     if (sum == store.sum) {
         return;
     }
@@ -82,12 +85,7 @@ public:
 
     /// False if records are missing afterwards, or the user ended it.
     bool run() {
-        for (const auto& store : m_folder.stores()) {
-            checkFile(store, m_folder.path(store));
-            if (!isOfMongo(store)) {
-                databaseOfRoles(m_session.settings(), store.name);
-            }
-        }
+        check();
         if (!m_options.merge && !m_options.replace) {
             requireEmpty();
         }
@@ -104,6 +102,33 @@ public:
     }
 
 private:
+    void check() {
+        constexpr qint64 step = 100'000'000;
+        qint64 total = 0;
+        for (const auto& store : m_folder.stores()) {
+            total += store.sum.bytes;
+        }
+        auto progress =
+            m_session.remarks().progress(QStringLiteral("checking files, hundreds of megabytes"),
+                                         static_cast<int>(std::max<qint64>(total / step, 1)));
+        qint64 checked = 0;
+        const auto read = [&](qint64 bytes) {
+            if (Interrupt::requested()) {
+                throw Failure(QStringLiteral("ended before anything was imported"));
+            }
+            if (const auto steps = (checked + bytes) / step - checked / step; steps > 0) {
+                progress.advance(static_cast<int>(steps));
+            }
+            checked += bytes;
+        };
+        for (const auto& store : m_folder.stores()) {
+            checkFile(store, m_folder.path(store), read);
+            if (!isOfMongo(store)) {
+                databaseOfRoles(m_session.settings(), store.name);
+            }
+        }
+    }
+
     std::unique_ptr<StoreImport> importOf(const ExportedStore& store) {
         const auto existing = m_options.replace ? Existing::Replace : Existing::Keep;
         if (isOfMongo(store)) {

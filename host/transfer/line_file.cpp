@@ -69,7 +69,7 @@ bool LineFileReader::next(QByteArray& line) {
     return true;
 }
 
-LineFileSum sumOf(const QString& fileName) {
+LineFileSum sumOf(const QString& fileName, const std::function<void(qint64)>& read) {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly)) {
         throw Failure(QStringLiteral("cannot read %1: %2").arg(fileName, file.errorString()));
@@ -86,10 +86,11 @@ LineFileSum sumOf(const QString& fileName) {
             sum.sha256 = hash.result().toHex();
             return sum;
         }
-        const auto read = QByteArray::fromRawData(block.constData(), static_cast<int>(size));
-        hash.addData(read);
-        sum.lines += read.count('\n');
+        const auto bytes = QByteArray::fromRawData(block.constData(), static_cast<int>(size));
+        hash.addData(bytes);
+        sum.lines += bytes.count('\n');
         sum.bytes += size;
+        read(size);
     }
 }
 

@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QString>
 
+#include <functional>
+
 namespace host {
 
 /// What tells one file of lines from another.
@@ -58,7 +60,7 @@ private:
     qint64 m_lineNumber = 0;
 };
 
-/// Reads the whole file. Throws as LineFileReader.
-LineFileSum sumOf(const QString& fileName);
+/// Reads the whole file, and tells `read` how many bytes each time. Throws as LineFileReader.
+LineFileSum sumOf(const QString& fileName, const std::function<void(qint64)>& read);
 
 } // namespace host

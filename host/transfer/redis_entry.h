@@ -13,10 +13,12 @@ namespace host {
 struct RedisEntry {
     QByteArray key;
     /// As TYPE gives it; or "dump" for a type that has no form of its own here.
+    // NOLINTBEGIN(readability-redundant-member-init): GCC warns where one without is left out.
     QByteArray type = {};
     /// string, dump: the one value. set: its members. hash: each field and its value. list: its
     /// elements. zset: each member and its score, in the order of the scores.
     QList<QByteArray> parts = {};
+    // NOLINTEND(readability-redundant-member-init)
     /// When it goes, in milliseconds since the epoch; -1 if it stays.
     qint64 expiresMsecs = -1;
 

@@ -19,7 +19,7 @@ sys.path.append(str(pathlib.Path(__file__).parent.parent))
 from own_servers import COLLECTIONS, DATABASE, HostTest, Redis, eventually, main  # noqa: E402
 
 RAW = CodecOptions(document_class=RawBSONDocument)
-MANY = 30_000
+MANY = 20_000
 
 # Every type that FerretDB stores, and what no text would keep.
 STRANGE = [
@@ -320,20 +320,16 @@ class Transfer(HostTest):
         stored = self.database.eav_values.count_documents({})
         self.assertLess(stored, MANY)
         imported = self.imported("--merge")["eav_values"]
-        self.assertEqual(imported["there_already"], stored)
-        self.assertEqual(imported["added"], MANY - stored)
+        # What the server was still storing when its client went may have come on top, at any moment.
+        self.assertGreaterEqual(imported["there_already"] + imported["different"], stored)
+        self.assertEqual(
+            imported["added"] + imported["there_already"] + imported["different"], MANY)
         self.assertEqual(imported["in_store"], MANY)
 
     def test_goes_on_with_an_import_that_was_killed(self):
         process = self.started_import()
         process.kill()
         process.wait()
-        # What the server was doing when its client went.
-        counted = []
-        def is_quiet():
-            counted.append(self.database.eav_values.count_documents({}))
-            return len(counted) > 3 and len(set(counted[-3:])) == 1
-        eventually(is_quiet, "the server's rest")
         self.expect_whole_after_merge()
 
     def test_accounts_for_an_import_that_was_interrupted(self):
@@ -343,6 +339,15 @@ class Transfer(HostTest):
         self.assertEqual(process.returncode, 1)
         self.assertIn("The same command with --merge goes on", remarks)
         self.expect_whole_after_merge()
+
+    def test_misses_documents_that_somebody_deletes_meanwhile(self):
+        process = self.started_import()
+        deleted = self.database.eav_values.delete_many({"_id": {"$lt": 10}}).deleted_count
+        self.assertGreater(deleted, 0)
+        results, remarks = process.communicate()
+        self.assertEqual(process.returncode, 1)
+        self.assertIn("see Missing", remarks)
+        self.assertRegex(results, rf"eav_values .* {deleted} .* {MANY - deleted} ")
 
     def damage(self, file, old, new):
         path = self.export_folder / file
