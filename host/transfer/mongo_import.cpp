@@ -180,11 +180,10 @@ void MongoImport::flush() {
     if (m_existing == Existing::Replace) {
         replaceOthers();
     }
+    auto& other = m_existing == Existing::Keep ? mutableCounts().different : mutableCounts().replaced;
     for (const auto& each : m_waiting) {
         if (each.there) {
-            ++(each.same ? mutableCounts().same
-                         : (m_existing == Existing::Keep ? mutableCounts().different
-                                                         : mutableCounts().replaced));
+            ++(each.same ? mutableCounts().same : other);
         }
     }
     m_waiting.clear();

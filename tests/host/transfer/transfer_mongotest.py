@@ -5,6 +5,7 @@ usage: transfer_mongotest.py KELVRO-HOST PLUGIN, with MONGODB_URL in the environ
 """
 
 import datetime
+import hashlib
 import json
 import os
 import pathlib
@@ -215,13 +216,21 @@ class Transfer(HostTest):
         self.assertEqual(self.imported("--merge")["eav_values"]["different"], 1)
 
     def test_does_not_store_keys_that_are_past_their_time(self):
-        self.redis("SET", "drv:17", "{}", "PX", 100)
-        self.redis("SET", "drv:18", "{}", "PX", 10_000_000)
+        self.redis("SET", "drv:17", "{}", "PXAT", 4_000_000_000_000)
+        self.redis("SET", "drv:18", "{}", "PXAT", 4_000_000_000_001)
         self.exported()
-        eventually(lambda: self.redis("GET", "drv:17") is None, "the key's end")
         self.redis("FLUSHALL")
+        # As if the export had been made long ago.
+        file = self.export_folder / "redis" / "state.jsonl"
+        file.write_bytes(file.read_bytes().replace(b"4000000000000", b"1000000000000"))
+        manifest = self.manifest()
+        (store,) = [each for each in manifest["stores"] if each["store"] == "state"]
+        store["sha256"] = hashlib.sha256(file.read_bytes()).hexdigest()
+        (self.export_folder / "manifest.json").write_text(json.dumps(manifest), encoding="utf-8")
+
         imported = self.imported()["state"]
         self.assertEqual((imported["added"], imported["expired"]), (1, 1))
+        self.assertEqual(self.redis("PEXPIRETIME", "drv:18"), 4_000_000_000_001)
 
     def test_does_not_miss_documents_that_the_server_removes(self):
         self.lay_out()
