@@ -16,12 +16,10 @@ void addStateCommands(CommandLine& line);
 void addQueueCommands(CommandLine& line);
 void addClientsCommand(CommandLine& line);
 void addPlotCommand(CommandLine& line);
-void addDemoCommand(CommandLine& line);
-void addDemoCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
-void addPlotCommand(CommandLine& line);
 /// Export and import.
 void addTransferCommands(CommandLine& line);
+void addDemoCommand(CommandLine& line);
 /// What is made from the command line: completion and the manual page.
 void addShellCommands(CommandLine& line);
 
