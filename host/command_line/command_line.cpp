@@ -33,7 +33,10 @@ CLI::App& CommandLine::addPlain(CLI::App& parent, const Help& help, Run run) {
 
 CLI::App& CommandLine::add(CLI::App& parent, const Help& help, Run run) {
     auto& command = addPlain(parent, help, std::move(run));
-    addFile(command, "--plugin", m_options.pluginFile, "The plug-in's file");
+    // The manual page is not to name the folder of the build.
+    addFile(command, "--plugin", m_options.pluginFile,
+            "The plug-in's file; default: the one that is installed with this program")
+        ->default_str("");
     addFile(command, "--settings", m_options.settingsFile,
             "JSON file with the plug-in's settings; default: KELVRO_SETTINGS, else the servers of "
             "MONGODB_URL and REDIS_URL, else ~/.config/kelvrostorage/settings.json");

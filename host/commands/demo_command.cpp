@@ -28,9 +28,13 @@ void addDemoCommand(CommandLine& line) {
                  [options](Session& session) {
                      return runDemo(*options, session) ? ExitStatus::Done : ExitStatus::Failed;
                  });
-    addFile(command, "--input", options->telegramsFile, "Telegrams, one JSON object a line");
+    addFile(command, "--input", options->telegramsFile,
+            "Telegrams, one JSON object a line; default: those that come with this program")
+        ->default_str("");
     addFile(command, "--readings", options->readingsFile,
-            "Readings of an electricity meter, one JSON object a line");
+            "Readings of an electricity meter, one JSON object a line; default: those that come "
+            "with this program")
+        ->default_str("");
     addChoice(command, "--decoder", options->decoder, decoderNames,
               "Where the telegrams' readings come from");
     command.add_flag("--clear", options->clear,

@@ -21,15 +21,6 @@ function(expect_in_output text otherwise)
     endif()
 endfunction()
 
-# Writes README.md's first block of a language into a file.
-function(extract language file)
-    file(READ "${README}" text)
-    if(NOT text MATCHES "\n```${language}\n([^`]+)```\n")
-        message(FATAL_ERROR "${README} has no block of ${language}")
-    endif()
-    file(WRITE "${file}" "${CMAKE_MATCH_1}")
-endfunction()
-
 function(build_host source_dir binary_dir)
     run("${CMAKE_COMMAND}" -S "${source_dir}" -B "${binary_dir}" -G "${GENERATOR}"
         "-DCMAKE_PREFIX_PATH=${WORK_DIR}/moved"
@@ -47,15 +38,17 @@ run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --config "${CONFIG}" --prefix "$
 
 # Installed in one place, used in another: nothing in the package may name the prefix.
 file(RENAME "${WORK_DIR}/prefix" "${WORK_DIR}/moved")
-foreach(file IN ITEMS LICENSE NOTICE)
-    if(NOT EXISTS "${WORK_DIR}/moved/share/licenses/kelvrostorage/${file}")
+foreach(file IN ITEMS LICENSE NOTICE README.md docs/storage-format.md)
+    if(NOT EXISTS "${WORK_DIR}/moved/share/doc/kelvrostorage/${file}")
         message(FATAL_ERROR "${file} is not installed")
     endif()
 endforeach()
 
 build_host("${SOURCE_DIR}" "${WORK_DIR}/host")
-run("${WORK_DIR}/host/package_host")
-expect_in_output("loaded ${WORK_DIR}/moved/" "the host has loaded another file than the installed one")
+foreach(host IN ITEMS package_host pkgconf_host)
+    run("${WORK_DIR}/host/${host}")
+    expect_in_output("loaded ${WORK_DIR}/moved/" "${host} has loaded another file than the installed one")
+endforeach()
 run("${WORK_DIR}/host/package_converter")
 
 file(GLOB_RECURSE plugin "${WORK_DIR}/moved/libkelvrostorage.so*")
@@ -66,6 +59,14 @@ endif()
 run(readelf --notes --wide "${plugin}")
 expect_in_output("\"version\":\"${VERSION}\"" "the plug-in file does not tell its version")
 
-extract(cmake "${WORK_DIR}/readme/CMakeLists.txt")
-extract(cpp "${WORK_DIR}/readme/main.cpp")
-build_host("${WORK_DIR}/readme" "${WORK_DIR}/readme_host")
+foreach(file IN ITEMS man/man1/kelvro-host.1 bash-completion/completions/kelvro-host)
+    if(NOT EXISTS "${WORK_DIR}/moved/share/${file}")
+        message(FATAL_ERROR "${file} is not installed")
+    endif()
+endforeach()
+run("${WORK_DIR}/moved/bin/kelvro-host" --version)
+expect_in_output("${VERSION}" "kelvro-host is of another version")
+
+set(FOLDER "${WORK_DIR}/readme")
+include("${CMAKE_CURRENT_LIST_DIR}/extract_readme_host.cmake")
+build_host("${FOLDER}" "${WORK_DIR}/readme_host")

@@ -1,6 +1,6 @@
 """Runs the host that README.md shows and looks for its message in the database.
 
-usage: readme_host_mongotest.py HOST, with MONGODB_URL in the environment
+usage: readme_host_mongotest.py HOST…, a command, with MONGODB_URL in the environment
 """
 
 import os
@@ -11,7 +11,7 @@ import unittest
 import bson
 import pymongo
 
-HOST = sys.argv[1]
+HOST = sys.argv[1:]
 URL = os.environ["MONGODB_URL"]
 DEVICE = 1_907_242_113  # no other test's
 DATABASE = "kelvrostorage"
@@ -30,7 +30,7 @@ class ReadmeHost(unittest.TestCase):
 
     def test_stores_a_message_and_reads_it_back(self):
         result = subprocess.run(
-            [HOST, str(DEVICE)], capture_output=True, encoding="utf-8", timeout=60
+            [*HOST, str(DEVICE)], capture_output=True, encoding="utf-8", timeout=60
         )
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(result.stdout, f"{DEVICE}: reading 2c0a\n")
