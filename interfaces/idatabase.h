@@ -15,9 +15,11 @@ public:
     /// The MongoDB driver's exceptions pass through unchanged.
     virtual void CreateDatabase() = 0;
 
-    /// There are no transactions: every write takes effect at once and these three do nothing.
+    /// There are no transactions: every write takes effect at once and this does nothing.
     virtual void CommitTransaction() = 0;
+    /// Does nothing, as CommitTransaction.
     virtual void RollbackTransaction() = 0;
+    /// Does nothing, as CommitTransaction.
     virtual void BeginTransaction() = 0;
 };
 

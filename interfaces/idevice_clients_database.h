@@ -11,6 +11,7 @@ class IDeviceClientsRepository;
 /// Owns the repository: the pointer stays valid, and stays the same, while this object lives.
 class IDeviceClientsDatabase : public IDatabase {
 public:
+    /// Never null.
     virtual IDeviceClientsRepository* DeviceClientsRepository() = 0;
 };
 

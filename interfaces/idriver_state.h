@@ -26,6 +26,7 @@ class IDriverState {
 public:
     /// First part of the keys that Pull, Push and Delete use. Empty until set.
     virtual void SetPrefix(const QString& prefix) = 0;
+    /// What SetPrefix has set.
     virtual const QString& GetPrefix() = 0;
 
     /// Replaces the working copy by the one in Redis, else by the durable one, else by an empty
@@ -44,6 +45,8 @@ public:
     /// The int 0 if the device has no such value. A number always comes back as a double, also
     /// one that was set as an int; text that reads as a number comes back as that number.
     virtual std::variant<int, double, QByteArray> GetValue(int modem_id, const QString& name) = 0;
+
+    /// Puts one value into the working copy; bytes as text, which ends at their first zero.
     virtual void SetValue(int modem_id, const QString& name,
                           const std::variant<int, double, QByteArray>& value) = 0;
 

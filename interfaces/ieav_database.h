@@ -11,6 +11,7 @@ class IEAVRepository;
 /// Owns the repository: the pointer stays valid, and stays the same, while this object lives.
 class IEAVDatabase : public IDatabase {
 public:
+    /// Never null.
     virtual IEAVRepository* EAVRepository() = 0;
 };
 

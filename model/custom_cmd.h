@@ -13,6 +13,7 @@ namespace model {
 struct custom_cmd {
     /// Name of the command type.
     QString type;
+    /// Content of the command.
     QJsonObject body;
     /// Name of the issuing instance.
     QString instance;

@@ -14,6 +14,7 @@ struct dev_event {
     int modem_id = 0;
     /// When the event happened; stored in whole seconds.
     QDateTime timestamp;
+    /// Number of the event, of the host's choice.
     int event_code = 0;
     /// The uplink message that the event was parsed from.
     QString message_id;

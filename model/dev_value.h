@@ -17,6 +17,7 @@ struct dev_value {
     QDateTime timestamp;
     /// OBIS identifier of the quantity (IEC 62056-61), for example "1-0:1.8.0".
     QString obis_code;
+    /// Class of value, of the host's choice.
     QString tag;
     /// Additional content, a JSON object.
     QJsonDocument extended_data;

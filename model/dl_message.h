@@ -13,10 +13,10 @@ namespace model {
 struct dl_message {
     /// Processing state. The number is what is stored; the name is what JSON output carries.
     enum class dl_status : int {
-        PENDING = 0,
-        WAIT_DATA = 1,
-        EXECUTED = 2,
-        TIMEOUT = 3,
+        PENDING = 0,   ///< Not sent yet.
+        WAIT_DATA = 1, ///< Waits for data; counts as not acknowledged, like PENDING.
+        EXECUTED = 2,  ///< Acknowledged.
+        TIMEOUT = 3,   ///< Given up.
     };
 
     /// Acknowledgement flag, 0 or 1, set by the host.
@@ -33,6 +33,7 @@ struct dl_message {
     QString db_id;
     /// Key of the client that issued the command.
     QString api_key;
+    /// Where the command is in its processing.
     dl_status status = dl_status::PENDING;
     /// Command content.
     QJsonObject data;

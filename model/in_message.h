@@ -15,27 +15,37 @@ namespace model {
 struct in_message {
     /// Physical layer for downlink.
     QString dl_phy;
+    /// Mode of the downlink, by the host's name for it.
     QString dl_mode;
     /// Base station of the last downlink.
     int last_dl_bs = 0;
+    /// How busy that base station is on average.
     double last_dl_bs_aver_busyness = 0.0;
+    /// How busy that base station was last.
     double last_dl_bs_busyness = 0.0;
     /// Seconds since the Unix epoch of the last successful downlink.
     int last_success_dl_ts = 0;
+    /// Device number.
     int modem_id = 0;
+    /// Base station that received the message.
     int station_id = 0;
     /// Message counter of the device.
     int iterator = 0;
     /// Physical layer (radio mode).
     QString phy;
+    /// Signal-to-noise ratio.
     int snr = 0;
+    /// Received signal strength.
     int rssi = 0;
+    /// Device hardware type.
     QString hw_type;
+    /// Device protocol name.
     QString protocol;
-    /// UTC.
+    /// When the base station detected the radio message; UTC.
     QDateTime time_detected;
-    /// UTC.
+    /// When the message was registered; UTC.
     QDateTime time_saved;
+    /// Raw radio payload, as bytes.
     QByteArray payload;
     /// Time zone of the base station.
     int bs_tz = 0;

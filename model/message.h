@@ -16,8 +16,8 @@ struct message {
     /// The three extra members are the host's own: they are copied with the record and never
     /// stored. A message read from the store has them empty and 0.
     QString extra_text;
-    qint64 extra_value1 = 0;
-    qint64 extra_value2 = 0;
+    qint64 extra_value1 = 0; ///< See extra_text.
+    qint64 extra_value2 = 0; ///< See extra_text.
     /// Device number.
     int modem_id = 0;
     /// Base station that received the message.
@@ -28,10 +28,13 @@ struct message {
     QDateTime timestamp;
     /// When the base station detected the radio message.
     QDateTime time_detected;
+    /// Time-zone offset of the base station, in the host's own unit.
     int bs_timezone_offset = 0;
     /// Physical layer (radio mode).
     QString phy;
+    /// Signal-to-noise ratio.
     int snr = 0;
+    /// Received signal strength.
     int rssi = 0;
     /// Class of message.
     QString tag;

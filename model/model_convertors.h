@@ -43,6 +43,7 @@ Q_DECL_EXPORT model::in_message fromJson<model::in_message>(const QJsonObject& o
 template <>
 Q_DECL_EXPORT model::message fromJson<model::message>(const QJsonObject& object);
 
+/// Query parameters that are not text are empty.
 template <>
 Q_DECL_EXPORT model::custom_cmd fromJson<model::custom_cmd>(const QJsonObject& object);
 
@@ -53,7 +54,11 @@ Q_DECL_EXPORT model::dl_queues fromJson<model::dl_queues>(const QJsonObject& obj
 
 /// `extended_data` is not written.
 Q_DECL_EXPORT QJsonObject toJson(const model::dev_value& value);
+
+/// Every member, under its name.
 Q_DECL_EXPORT QJsonObject toJson(const model::dev_event& event);
+
+/// Every member but the three extra ones, under its name.
 Q_DECL_EXPORT QJsonObject toJson(const model::message& message);
 
 /// The status is written under "dl_status" by name, empty for a value that has none.

@@ -10,7 +10,7 @@ check_usage() {
     case "$1" in
     build) [[ $# -le 2 ]] || usage_error "build: takes one preset" ;;
     with-servers) [[ $# -ge 2 ]] || usage_error "with-servers: needs a command to run" ;;
-    lint | servers | shell) [[ $# -eq 1 ]] || usage_error "$1: takes no arguments" ;;
+    docs | lint | servers | shell) [[ $# -eq 1 ]] || usage_error "$1: takes no arguments" ;;
     test) parse_test_arguments "${@:2}" ;;
     fuzz) parse_fuzz_arguments "${@:2}" ;;
     esac

@@ -123,6 +123,10 @@ show_failure() {
     die "the whole log is $2"
 }
 
+project_version() {
+    sed -n 's/^ *VERSION \([0-9.]*\)$/\1/p' "$PROJECT/CMakeLists.txt"
+}
+
 # hash_of FILE-OR-WORD…: one hash for what a step depends on.
 hash_of() {
     local item
