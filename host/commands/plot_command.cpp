@@ -35,7 +35,9 @@ void addPlotCommand(CommandLine& line) {
         ->required(false)
         ->description("Device number; more than one as 1001,1002; default: the meter of the demo");
     addFile(command, "--readings", options->readingsFile,
-            "The readings that the demo has stored, for the number of their meter");
+            "The readings that the demo has stored, for the number of their meter; default: those "
+            "that come with this program")
+        ->default_str("");
     addObisCodes(command, options->obisCodes,
                  "OBIS code; values of one unit share an axis, and there are two axes")
         ->default_str("1-0:1.7.0");

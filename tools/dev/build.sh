@@ -13,6 +13,7 @@ check_usage() {
     docs | lint | servers | shell) [[ $# -eq 1 ]] || usage_error "$1: takes no arguments" ;;
     test) parse_test_arguments "${@:2}" ;;
     fuzz) parse_fuzz_arguments "${@:2}" ;;
+    package) parse_package_arguments "${@:2}" ;;
     esac
     [[ $1 != build || $# -eq 1 ]] || check_preset "$2"
 }
@@ -99,7 +100,10 @@ command_test() {
     run_child ctest --preset "$TEST_PRESET" "${options[@]}" || status=$?
     [[ -n $TEST_REGEX ]] || count_cases "$cases"
     ((status == 0)) || return "$status"
-    [[ -z $TEST_LONG || -n $TEST_REGEX ]] || fuzz_each 60
+    [[ -n $TEST_LONG && -z $TEST_REGEX ]] || return 0
+    make_packages
+    test_packages
+    fuzz_each 60
 }
 
 # count_cases FOLDER: sums up what the test programs have reported there.

@@ -13,7 +13,7 @@ POLICY=/usr/sbin/policy-rc.d
 SYSTEMD_PRESET=/run/systemd/system-preset/00-kelvrostorage.preset
 MACHINE_CERTIFICATES=/etc/ssl/machine-certificates.pem # inside the root folder
 # The environment that goes into the root folder; everything else stays outside.
-FORWARDED='^(CI|TERM|COLORTERM|NO_COLOR|MONGODB_URL|REDIS_URL|XDG_CACHE_HOME|KELVRO_.*|GTEST_.*|CTEST_.*|[A-Z]+SAN_OPTIONS|GO(PROXY|SUMDB|FLAGS|NOSUMDB|NOPROXY|PRIVATE|INSECURE)|(https?|no|all)_proxy|(HTTPS?|NO|ALL)_PROXY)$'
+FORWARDED='^(CI|TERM|COLORTERM|NO_COLOR|MONGODB_URL|REDIS_URL|DEBFULLNAME|DEBEMAIL|XDG_CACHE_HOME|KELVRO_.*|GTEST_.*|CTEST_.*|[A-Z]+SAN_OPTIONS|GO(PROXY|SUMDB|FLAGS|NOSUMDB|NOPROXY|PRIVATE|INSECURE)|(https?|no|all)_proxy|(HTTPS?|NO|ALL)_PROXY)$'
 
 package_list() {
     grep -v -e '^#' -e '^$' "$PROJECT/tools/packages.txt"
