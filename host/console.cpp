@@ -37,22 +37,10 @@ std::string plainText(const ftxui::Screen& screen) {
     return text;
 }
 
-/// What a terminal would take for a command.
-QString visible(const QString& text) {
-    QString shown;
-    for (const QChar character : text) {
-        if (character.category() == QChar::Other_Control) {
-            shown += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
-        } else {
-            shown += character;
-        }
-    }
-    return shown;
-}
-
 std::vector<QStringList> visible(std::vector<QStringList> rows) {
     for (auto& row : rows) {
-        std::ranges::transform(row, row.begin(), [](const QString& text) { return visible(text); });
+        std::ranges::transform(row, row.begin(),
+                               [](const QString& text) { return host::visible(text); });
     }
     return rows;
 }
@@ -90,6 +78,18 @@ ftxui::Element tableElement(const std::vector<Console::Column>& columns,
 }
 
 } // namespace
+
+QString visible(const QString& text) {
+    QString shown;
+    for (const QChar character : text) {
+        if (character.category() == QChar::Other_Control) {
+            shown += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
+        } else {
+            shown += character;
+        }
+    }
+    return shown;
+}
 
 Console Console::standardOutput() {
     return consoleOf(std::cout, STDOUT_FILENO);

@@ -11,6 +11,9 @@ namespace host {
 
 class Progress;
 
+/// The text with what a terminal would take for a command as \xNN.
+QString visible(const QString& text);
+
 /// Where the program writes its results, or what it remarks on them. On a terminal with bold
 /// headings and moving progress bars; elsewhere plain lines without any control characters, the
 /// same in every run on the same input.

@@ -64,10 +64,10 @@ private:
     void addLines(const Finding& finding) {
         constexpr int severityWidth = 9;
         m_console.line(severityName(finding.severity).leftJustified(severityWidth) +
-                       finding.subject + QStringLiteral(": ") + finding.found);
+                       visible(finding.subject + QStringLiteral(": ") + finding.found));
         if (!finding.advice.isEmpty()) {
             m_console.line(QString(severityWidth, QLatin1Char(' ')) + QStringLiteral("-> ") +
-                           finding.advice);
+                           visible(finding.advice));
         }
     }
 

@@ -55,12 +55,14 @@ class Doctor(HostTest):
     def test_shows_the_same_to_people(self):
         self.lay_out()
         self.database.eav_events.drop_index("modem_id_hashed")
+        self.redis("SET", b"\x1b[2J", "x")
         result = self.run_host("doctor")
         self.assertEqual(result.returncode, 1)
         self.assertIn('\nwarning  indexes of eav_events: {modem_id: "hashed"} is missing'.replace(
             '"', ""), result.stdout)
         self.assertIn("\n         -> in mongosh", result.stdout)
-        self.assertRegex(result.stdout, r"\nerrors: 0, warnings: 1, notes: 0, ok: \d+\n")
+        self.assertIn(r'the key "\x1b[2J" of a form', result.stdout)
+        self.assertRegex(result.stdout, r"\nerrors: 0, warnings: 1, notes: 1, ok: \d+\n")
 
     def test_counts_and_measures_what_is_stored(self):
         self.run_demo()
