@@ -4,15 +4,16 @@
 #include "host/failure.h"
 #include "host/fitted_rows.h"
 #include "host/progress.h"
+#include "host/records/record_text.h"
 
 #include <ftxui/dom/table.hpp>
-#include <ftxui/screen/terminal.hpp>
 
 #include <algorithm>
 #include <iostream>
 #include <iterator>
 #include <limits>
 #include <string>
+#include <sys/ioctl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -21,6 +22,7 @@ namespace host {
 namespace {
 
 constexpr int complaintsShown = 20;
+constexpr const char* clearedLine = "\r\x1b[K";
 
 /// The screen's characters without colours and without blanks at the end of a line.
 std::string plainText(const ftxui::Screen& screen) {
@@ -39,16 +41,19 @@ std::string plainText(const ftxui::Screen& screen) {
 
 std::vector<QStringList> visible(std::vector<QStringList> rows) {
     for (auto& row : rows) {
-        std::ranges::transform(row, row.begin(),
-                               [](const QString& text) { return host::visible(text); });
+        std::ranges::transform(row, row.begin(), visibleText);
     }
     return rows;
 }
 
+int widthOf(int terminal) {
+    winsize size{};
+    return ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
 Console consoleOf(std::ostream& stream, int descriptor) {
-    return isatty(descriptor) == 1
-               ? Console(stream, Console::Kind::Terminal, ftxui::Terminal::Size().dimx)
-               : Console(stream, Console::Kind::Plain);
+    return isatty(descriptor) == 1 ? Console(stream, Console::Kind::Terminal, widthOf(descriptor))
+                                   : Console(stream, Console::Kind::Plain);
 }
 
 ftxui::Element tableElement(const std::vector<Console::Column>& columns,
@@ -79,18 +84,6 @@ ftxui::Element tableElement(const std::vector<Console::Column>& columns,
 
 } // namespace
 
-QString visible(const QString& text) {
-    QString shown;
-    for (const QChar character : text) {
-        if (character.category() == QChar::Other_Control) {
-            shown += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
-        } else {
-            shown += character;
-        }
-    }
-    return shown;
-}
-
 Console Console::standardOutput() {
     return consoleOf(std::cout, STDOUT_FILENO);
 }
@@ -107,7 +100,17 @@ void Console::requireWritten() {
 }
 
 void Console::line(const QString& text) {
+    if (std::exchange(m_passing, false)) {
+        m_stream << clearedLine;
+    }
     m_stream << text.toStdString() << '\n' << std::flush;
+}
+
+void Console::passingLine(const std::string& text) {
+    if (isTerminal()) {
+        m_stream << clearedLine << text << std::flush;
+        m_passing = true;
+    }
 }
 
 void Console::bytes(const QByteArray& bytes) {

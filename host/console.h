@@ -5,14 +5,12 @@
 #include <QStringList>
 
 #include <ostream>
+#include <string>
 #include <vector>
 
 namespace host {
 
 class Progress;
-
-/// The text with what a terminal would take for a command as \xNN.
-QString visible(const QString& text);
 
 /// Where the program writes its results, or what it remarks on them. On a terminal with bold
 /// headings and moving progress bars; elsewhere plain lines without any control characters, the
@@ -46,6 +44,12 @@ public:
 
     void line(const QString& text = {});
 
+    bool isTerminal() const { return m_kind == Kind::Terminal; }
+    int width() const { return m_width; }
+
+    /// On a terminal, a line that the next one, of either kind, takes the place of. Nowhere else.
+    void passingLine(const std::string& text);
+
     /// As they are.
     void bytes(const QByteArray& bytes);
 
@@ -70,6 +74,7 @@ private:
     std::ostream& m_stream;
     Kind m_kind;
     int m_width;
+    bool m_passing = false;
 };
 
 } // namespace host

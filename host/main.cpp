@@ -5,10 +5,23 @@
 #include <mongocxx/v1/instance.hpp>
 
 #include <exception>
+#include <fcntl.h>
 #include <iostream>
 #include <memory>
+#include <unistd.h>
 
 namespace {
+
+/// Where the shell has closed one of the three, a connection to a server would get its number, and
+/// the output.
+void fillStandardDescriptors() {
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) == -1) {
+            // Takes the lowest number that is free.
+            (void)open("/dev/null", O_RDWR);
+        }
+    }
+}
 
 host::ExitStatus run(int argc, char** argv) {
     host::CommandLine line;
@@ -24,6 +37,7 @@ host::ExitStatus run(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    fillStandardDescriptors();
     try {
         const QCoreApplication application(argc, argv);
         return static_cast<int>(run(argc, argv));

@@ -10,6 +10,7 @@ void addCommands(CommandLine& line) {
     addStateCommands(line);
     addQueueCommands(line);
     addClientsCommand(line);
+    addIngestCommand(line);
     addPlotCommand(line);
     addDoctorCommand(line);
     addTransferCommands(line);

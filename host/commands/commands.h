@@ -15,6 +15,8 @@ void addDownlinkCommands(CommandLine& line);
 void addStateCommands(CommandLine& line);
 void addQueueCommands(CommandLine& line);
 void addClientsCommand(CommandLine& line);
+void addDemoCommand(CommandLine& line);
+void addIngestCommand(CommandLine& line);
 void addPlotCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 /// Export and import.

@@ -9,6 +9,7 @@
 #include "host/failure.h"
 #include "host/input/mongo_url.h"
 #include "host/input/settings.h"
+#include "host/records/record_text.h"
 #include "host/session/interrupt.h"
 #include "host/session/session.h"
 
@@ -64,10 +65,10 @@ private:
     void addLines(const Finding& finding) {
         constexpr int severityWidth = 9;
         m_console.line(severityName(finding.severity).leftJustified(severityWidth) +
-                       visible(finding.subject + QStringLiteral(": ") + finding.found));
+                       visibleText(finding.subject + QStringLiteral(": ") + finding.found));
         if (!finding.advice.isEmpty()) {
             m_console.line(QString(severityWidth, QLatin1Char(' ')) + QStringLiteral("-> ") +
-                           visible(finding.advice));
+                           visibleText(finding.advice));
         }
     }
 

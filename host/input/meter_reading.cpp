@@ -1,6 +1,7 @@
 #include "host/input/meter_reading.h"
 
 #include "host/failure.h"
+#include "host/input/line_time.h"
 
 #include <QHash>
 #include <QJsonArray>
@@ -15,22 +16,8 @@ namespace host {
 
 namespace {
 
-/// The last second of the year 9999.
-constexpr double lastSecs = 253402300799.0;
-
 bool isWhole(double number) {
     return std::trunc(number) == number;
-}
-
-qint64 parseTime(const QJsonValue& value) {
-    if (!value.isDouble()) {
-        throw Rejection{QStringLiteral("no \"time\" number")};
-    }
-    const double secs = value.toDouble();
-    if (!isWhole(secs) || secs < 0.0 || secs > lastSecs) {
-        throw Rejection{QStringLiteral("the time is not a number of whole seconds since 1970")};
-    }
-    return static_cast<qint64>(secs);
 }
 
 QString parseObisCode(const QJsonValue& value) {
@@ -39,6 +26,11 @@ QString parseObisCode(const QJsonValue& value) {
         throw Rejection{QStringLiteral("no \"obis\" text")};
     }
     return code;
+}
+
+/// The meter sends the characters of its serial number as hexadecimal digits.
+QString serialText(const MeterReading& reading) {
+    return QString::fromLatin1(QByteArray::fromHex(reading.value.toString().toLatin1()));
 }
 
 QVariant parseNumber(double number, bool isQuantity) {
@@ -65,22 +57,22 @@ QVariant parseValue(const QJsonValue& value, bool isQuantity) {
     }
 }
 
-MeterReading parseReading(const QJsonObject& fields, int lineNumber) {
+} // namespace
+
+MeterReading parseMeterReading(const QJsonObject& fields, int lineNumber) {
     MeterReading reading;
     reading.lineNumber = lineNumber;
-    reading.timeSecs = parseTime(fields.value(QLatin1String("time")));
+    reading.timeSecs = parseSecs(fields.value(QLatin1String("time")));
     reading.obisCode = parseObisCode(fields.value(QLatin1String("obis")));
     reading.unit = fields.value(QLatin1String("unit")).toString();
     reading.value = parseValue(fields.value(QLatin1String("value")), !reading.unit.isEmpty());
     return reading;
 }
 
-} // namespace
-
 MeterReadingFile readMeterReadings(QIODevice& input) {
     QHash<QPair<qint64, QString>, int> lines;
     return readRecords(input, [&lines](const QJsonObject& fields, int lineNumber) {
-        auto reading = parseReading(fields, lineNumber);
+        auto reading = parseMeterReading(fields, lineNumber);
         const int earlier = lines.value({reading.timeSecs, reading.obisCode});
         if (earlier != 0) {
             throw Rejection{
@@ -91,26 +83,32 @@ MeterReadingFile readMeterReadings(QIODevice& input) {
     });
 }
 
-int deviceNumber(const MeterReadingFile& file) {
+std::optional<int> serialNumber(const MeterReading& reading) {
     constexpr int digits = 8;
+    if (reading.obisCode != QLatin1String("0-0:96.1.1")) {
+        return {};
+    }
+    bool valid = false;
+    const int number = serialText(reading).right(digits).toInt(&valid);
+    return valid && number >= 0 ? std::optional(number) : std::nullopt;
+}
+
+int deviceNumber(const MeterReadingFile& file) {
     const auto serial =
         std::ranges::find(file.records, QLatin1String("0-0:96.1.1"), &MeterReading::obisCode);
     if (serial == file.records.end()) {
         throw Failure(QStringLiteral("no line of %1 has the meter's serial number (0-0:96.1.1)")
                           .arg(file.name));
     }
-    // The meter sends the characters of its serial number as hexadecimal digits.
-    const auto text = QString::fromLatin1(QByteArray::fromHex(serial->value.toString().toLatin1()));
-    bool valid = false;
-    const int number = text.right(digits).toInt(&valid);
-    if (!valid || number < 0) {
+    const auto number = serialNumber(*serial);
+    if (!number) {
         throw Failure(QStringLiteral("%1, line %2: the meter's serial number \"%3\" does not end "
                                      "in digits")
                           .arg(file.name)
                           .arg(serial->lineNumber)
-                          .arg(text));
+                          .arg(serialText(*serial)));
     }
-    return number;
+    return *number;
 }
 
 } // namespace host

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <optional>
+
 namespace host {
 
 /// One reading of a meter: the value of one OBIS code at one instant.
@@ -23,10 +25,16 @@ struct MeterReading {
 
 using MeterReadingFile = RecordFile<MeterReading>;
 
-/// Reads lines of the form {"time": SECONDS, "obis": CODE, "value": VALUE, "unit": UNIT}, the unit
-/// being optional. A line that is anything else, or that repeats the time and code of another, is
-/// rejected and the rest is read; blank lines are passed over. `input` must be open; reads it to
-/// its end.
+/// The reading of an object {"time": SECONDS, "obis": CODE, "value": VALUE, "unit": UNIT}, the unit
+/// being optional. Throws Rejection if it is anything else.
+MeterReading parseMeterReading(const QJsonObject& fields, int lineNumber);
+
+/// If the reading is the meter's serial number (0-0:96.1.1) and ends in digits: the last eight.
+std::optional<int> serialNumber(const MeterReading& reading);
+
+/// Reads a line each as parseMeterReading() does. A line that is anything else, or that repeats the
+/// time and code of another, is rejected and the rest is read; blank lines are passed over. `input`
+/// must be open; reads it to its end.
 MeterReadingFile readMeterReadings(QIODevice& input);
 
 /// The number of the device that gave the readings: the last eight digits of the serial number that

@@ -5,8 +5,6 @@
 
 namespace host {
 
-namespace {
-
 QJsonObject parseObject(const QByteArray& line) {
     QJsonParseError error{};
     const auto document = QJsonDocument::fromJson(line, &error);
@@ -20,8 +18,6 @@ QJsonObject parseObject(const QByteArray& line) {
     }
     return document.object();
 }
-
-} // namespace
 
 std::vector<RejectedLine> readJsonLines(QIODevice& input,
                                         const std::function<void(const QJsonObject&, int)>& parse) {

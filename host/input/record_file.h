@@ -3,6 +3,7 @@
 #include "host/console.h"
 #include "host/failure.h"
 
+#include <QByteArray>
 #include <QFile>
 #include <QIODevice>
 #include <QJsonObject>
@@ -33,6 +34,9 @@ struct RecordFile {
     /// For messages; empty if the lines are from no file.
     QString name;
 };
+
+/// The JSON object of a line. Throws Rejection if it is anything else.
+QJsonObject parseObject(const QByteArray& line);
 
 /// Hands each line's JSON object and line number to `parse` and gives the lines that were rejected:
 /// those that are no JSON object and those for which `parse` throws a Rejection. Blank lines are

@@ -1,5 +1,7 @@
 #include "host/input/telegram.h"
 
+#include "host/input/line_time.h"
+
 #include <algorithm>
 
 namespace host {
@@ -15,29 +17,6 @@ bool isHexDigit(QChar character) {
 
 bool isDecimalDigit(QChar character) {
     return character.unicode() >= u'0' && character.unicode() <= u'9';
-}
-
-QByteArray parsePayload(const QJsonValue& value) {
-    if (!value.isString()) {
-        throw Rejection{QStringLiteral("no \"telegram\" text")};
-    }
-    const QString digits = value.toString();
-    if (digits.isEmpty()) {
-        throw Rejection{QStringLiteral("the telegram is empty")};
-    }
-    // QByteArray::fromHex skips what it does not understand, so the digits are checked before.
-    const auto* const stranger = std::ranges::find_if_not(digits, isHexDigit);
-    if (stranger != digits.end()) {
-        throw Rejection{
-            QStringLiteral("the telegram's character %1, \"%2\", is not a hexadecimal digit")
-                .arg(stranger - digits.begin() + 1)
-                .arg(*stranger)};
-    }
-    if (digits.size() % 2 != 0) {
-        throw Rejection{QStringLiteral("the telegram has an odd number of hexadecimal digits, %1")
-                            .arg(digits.size())};
-    }
-    return QByteArray::fromHex(digits.toLatin1());
 }
 
 QString parseMeterId(const QJsonValue& value) {
@@ -69,24 +48,54 @@ QString parseText(const QJsonObject& decoded, QLatin1String key) {
     return text;
 }
 
+} // namespace
+
+QByteArray parsePayload(const QJsonValue& value) {
+    if (!value.isString()) {
+        throw Rejection{QStringLiteral("no \"telegram\" text")};
+    }
+    const QString digits = value.toString();
+    if (digits.isEmpty()) {
+        throw Rejection{QStringLiteral("the telegram is empty")};
+    }
+    // QByteArray::fromHex skips what it does not understand, so the digits are checked before.
+    const auto* const stranger = std::ranges::find_if_not(digits, isHexDigit);
+    if (stranger != digits.end()) {
+        throw Rejection{
+            QStringLiteral("the telegram's character %1, \"%2\", is not a hexadecimal digit")
+                .arg(stranger - digits.begin() + 1)
+                .arg(*stranger)};
+    }
+    if (digits.size() % 2 != 0) {
+        throw Rejection{QStringLiteral("the telegram has an odd number of hexadecimal digits, %1")
+                            .arg(digits.size())};
+    }
+    return QByteArray::fromHex(digits.toLatin1());
+}
+
+void takeDecoded(Telegram& telegram, const QJsonObject& decoded) {
+    telegram.decoded = decoded;
+    telegram.meterId = parseMeterId(decoded.value(QLatin1String("id")));
+    telegram.deviceNumber = telegram.meterId.toInt();
+    telegram.meterMake = parseText(decoded, QLatin1String("meter"));
+    telegram.medium = parseText(decoded, QLatin1String("media"));
+}
+
 Telegram parseTelegram(const QJsonObject& fields, int lineNumber) {
     Telegram telegram;
     telegram.lineNumber = lineNumber;
     telegram.payload = parsePayload(fields.value(QLatin1String("telegram")));
+    if (const auto time = fields.value(QLatin1String("time")); !time.isUndefined()) {
+        telegram.timeSecs = parseSecs(time);
+    }
 
     const auto decoded = fields.value(QLatin1String("decoded"));
     if (!decoded.isObject()) {
         throw Rejection{QStringLiteral("no \"decoded\" object")};
     }
-    telegram.decoded = decoded.toObject();
-    telegram.meterId = parseMeterId(telegram.decoded.value(QLatin1String("id")));
-    telegram.deviceNumber = telegram.meterId.toInt();
-    telegram.meterMake = parseText(telegram.decoded, QLatin1String("meter"));
-    telegram.medium = parseText(telegram.decoded, QLatin1String("media"));
+    takeDecoded(telegram, decoded.toObject());
     return telegram;
 }
-
-} // namespace
 
 TelegramFile readTelegrams(QIODevice& input) {
     return readRecords(input, parseTelegram);

@@ -7,6 +7,8 @@
 #include <QJsonObject>
 #include <QString>
 
+#include <optional>
+
 namespace host {
 
 /// One radio telegram of a meter, with the readings that a decoder got from it.
@@ -23,9 +25,24 @@ struct Telegram {
     /// What is metered: "electricity", "water", …
     QString medium;
     QJsonObject decoded;
+    /// When it was received, if the line says so.
+    std::optional<qint64> timeSecs;
+    /// What the line says of the reception: the receiver's name, the signal's strength.
+    QJsonObject reception;
 };
 
 using TelegramFile = RecordFile<Telegram>;
+
+/// The telegram of an object {"telegram": HEX, "decoded": {"id", "meter", "media", …}}, which may
+/// say in "time" when it was received, in seconds since 1970. Throws Rejection if it is anything
+/// else.
+Telegram parseTelegram(const QJsonObject& fields, int lineNumber);
+
+/// Fills in the readings and what they say of the meter. Throws Rejection if it is not there.
+void takeDecoded(Telegram& telegram, const QJsonObject& decoded);
+
+/// The bytes of hexadecimal digits. Throws Rejection if there are none, or anything else.
+QByteArray parsePayload(const QJsonValue& value);
 
 /// Reads lines of the form {"telegram": HEX, "decoded": {"id", "meter", "media", …}}, one telegram
 /// each; blank lines are passed over. A line that is anything else is rejected and the rest is

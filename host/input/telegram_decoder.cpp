@@ -1,26 +1,20 @@
 #include "host/input/telegram_decoder.h"
 
+#include "host/input/wmbusmeters_output.h"
+
 #include <QJsonDocument>
 #include <QProcess>
 #include <QStandardPaths>
 
-#include <array>
 #include <utility>
 
 namespace host {
 
 namespace {
 
-// What wmbusmeters adds about its own run; it is no reading of the meter.
-constexpr std::array runKeys = {"_", "name", "timestamp"};
-
 /// The first line of the output as an object, without what is not the meter's; empty if it is none.
 QJsonObject parseOutput(const QByteArray& output) {
-    auto readings = QJsonDocument::fromJson(output.left(output.indexOf('\n'))).object();
-    for (const auto* const key : runKeys) {
-        readings.remove(QLatin1String(key));
-    }
-    return readings;
+    return meterReadings(QJsonDocument::fromJson(output.left(output.indexOf('\n'))).object());
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include "host/records/demo_mark.h"
 
-#include <QJsonObject>
 #include <QSet>
 #include <QStringList>
 
@@ -24,38 +23,43 @@ constexpr std::array<StatusMember, 4> statusMembers{{
     {"current_status", EventCode::Status},
 }};
 
-model::dev_event makeEvent(const model::message& message, const StatusMember& member,
-                           const QString& word, int place) {
+model::dev_event makeEvent(const model::message& message, const StatusWord& status) {
     model::dev_event event;
     event.modem_id = message.modem_id;
     event.timestamp = message.timestamp;
-    event.event_code = static_cast<int>(member.code);
+    event.event_code = static_cast<int>(status.code);
     event.message_id = QString::number(message.unique_id);
-    event.message = word;
-    event.extended_data =
-        QJsonDocument(marked({{QStringLiteral("member"), QLatin1String(member.name)}}));
-    event.parameter = place;
+    event.message = status.word;
+    event.extended_data = QJsonDocument(marked({{QStringLiteral("member"), status.member}}));
+    event.parameter = status.place;
     event.ttl = message.ttl;
     return event;
 }
 
 } // namespace
 
+std::vector<StatusWord> statusWords(const QJsonObject& readings) {
+    std::vector<StatusWord> found;
+    QSet<QString> known{QStringLiteral("OK")};
+    for (const auto& member : statusMembers) {
+        const auto words = readings.value(QLatin1String(member.name))
+                               .toString()
+                               .split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        for (int place = 0; place < words.size(); ++place) {
+            if (!known.contains(words[place])) {
+                known.insert(words[place]);
+                found.push_back({QLatin1String(member.name), member.code, words[place], place});
+            }
+        }
+    }
+    return found;
+}
+
 std::vector<model::dev_event> findEvents(const std::vector<model::message>& messages) {
     std::vector<model::dev_event> events;
     for (const auto& message : messages) {
-        const auto readings = message.data.object();
-        QSet<QString> known{QStringLiteral("OK")};
-        for (const auto& member : statusMembers) {
-            const auto words = readings.value(QLatin1String(member.name))
-                                   .toString()
-                                   .split(QLatin1Char(' '), Qt::SkipEmptyParts);
-            for (int place = 0; place < words.size(); ++place) {
-                if (!known.contains(words[place])) {
-                    known.insert(words[place]);
-                    events.push_back(makeEvent(message, member, words[place], place));
-                }
-            }
+        for (const auto& status : statusWords(message.data.object())) {
+            events.push_back(makeEvent(message, status));
         }
     }
     return events;

@@ -3,6 +3,9 @@
 #include "model/dev_event.h"
 #include "model/message.h"
 
+#include <QJsonObject>
+#include <QString>
+
 #include <vector>
 
 namespace host {
@@ -15,10 +18,23 @@ enum class EventCode : int {
     ErrorFlag = 2,
 };
 
-/// Finds the status changes that the messages' readings tell of: one event for each word of the
-/// members "status", "current_status", "error" and "error_flags", but for the word OK. A word that
-/// several of a message's members repeat gives one event. Its text is the word, its parameter the
-/// word's place in the member, counted from 0, and its time that of the message.
+/// A word of a meter's status.
+struct StatusWord {
+    /// The member of the readings that has it.
+    QString member;
+    EventCode code = EventCode::Status;
+    QString word;
+    /// Which word of the member it is, counted from 0.
+    int place = 0;
+};
+
+/// The words of the readings' members "status", "current_status", "error" and "error_flags", but
+/// for the word OK. A word that several members repeat is there once.
+std::vector<StatusWord> statusWords(const QJsonObject& readings);
+
+/// Finds the status changes that the messages' readings tell of: an event for each of their
+/// statusWords(). Its text is the word, its parameter the word's place, and its time that of the
+/// message.
 std::vector<model::dev_event> findEvents(const std::vector<model::message>& messages);
 
 } // namespace host

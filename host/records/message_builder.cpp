@@ -20,6 +20,22 @@ bool isWired(const QByteArray& payload) {
 
 } // namespace
 
+model::message messageOf(const Telegram& telegram) {
+    model::message message;
+    message.modem_id = telegram.deviceNumber;
+    message.tag = telegram.medium;
+    message.data = QJsonDocument(telegram.decoded);
+    message.parse_status = QStringLiteral("ok");
+    message.hw_type = telegram.meterMake;
+    message.payload = telegram.payload;
+    if (!telegram.payload.isEmpty()) {
+        const bool wired = isWired(telegram.payload);
+        message.phy = wired ? QStringLiteral("wire") : QStringLiteral("868 MHz");
+        message.protocol = wired ? QStringLiteral("M-Bus") : QStringLiteral("wM-Bus");
+    }
+    return message;
+}
+
 std::vector<model::message> buildMessages(const std::vector<Telegram>& telegrams,
                                           const QDateTime& start) {
     const auto firstId = static_cast<quint64>(start.toMSecsSinceEpoch()) * idsPerMsec;
@@ -30,28 +46,19 @@ std::vector<model::message> buildMessages(const std::vector<Telegram>& telegrams
     for (const auto& telegram : telegrams) {
         const auto index = static_cast<int>(messages.size());
         const auto timestampSecs = startSecs - index * intervalSecs;
-        const bool wired = isWired(telegram.payload);
 
-        model::message message;
-        message.modem_id = telegram.deviceNumber;
+        auto message = messageOf(telegram);
         message.station_id = 1 + index % 3;
         message.ttl = expiry(start);
         message.timestamp = QDateTime::fromSecsSinceEpoch(timestampSecs, Qt::UTC);
         message.time_detected =
             QDateTime::fromSecsSinceEpoch(timestampSecs - registrationSecs, Qt::UTC);
         message.bs_timezone_offset = 3;
-        message.phy = wired ? QStringLiteral("wire") : QStringLiteral("868 MHz");
         message.snr = 5 + index % 20;
         message.rssi = -110 + index % 40;
-        message.tag = telegram.medium;
         message.unique_id = firstId + static_cast<quint64>(index);
-        message.data = QJsonDocument(telegram.decoded);
         message.extended_data =
             QJsonDocument(marked({{QStringLiteral("line"), telegram.lineNumber}}));
-        message.parse_status = QStringLiteral("ok");
-        message.hw_type = telegram.meterMake;
-        message.protocol = wired ? QStringLiteral("M-Bus") : QStringLiteral("wM-Bus");
-        message.payload = telegram.payload;
         messages.push_back(message);
     }
     return messages;

@@ -9,6 +9,9 @@
 
 namespace host {
 
+/// A message with what a telegram says of itself; nothing of its reception.
+model::message messageOf(const Telegram& telegram);
+
 /// Turns telegrams into messages, one for one and in their order.
 ///
 /// A telegram says nothing about its reception, so that is assigned: the message number i, counted

@@ -1,41 +1,16 @@
 #include "host/records/record_text.h"
 
+#include "host/records/field_unit.h"
+
 #include <QStringList>
 
 #include <algorithm>
-#include <array>
 #include <tuple>
 #include <vector>
 
 namespace host {
 
 namespace {
-
-struct Unit {
-    const char* suffix;
-    const char16_t* text;
-};
-
-constexpr std::array<Unit, 12> units{{
-    {"_kwh", u"kWh"},
-    {"_kvarh", u"kvarh"},
-    {"_kw", u"kW"},
-    {"_m3", u"m³"},
-    {"_m3h", u"m³/h"},
-    {"_c", u"°C"},
-    {"_v", u"V"},
-    {"_a", u"A"},
-    {"_rh", u"% RH"},
-    {"_hca", u"units"},
-    {"_h", u"h"},
-    {"_counter", u"times"},
-}};
-
-const Unit* unitOf(const QString& name) {
-    const auto* const unit = std::ranges::find_if(
-        units, [&](const Unit& each) { return name.endsWith(QLatin1String(each.suffix)); });
-    return unit == units.end() ? nullptr : unit;
-}
 
 int groupOf(const QString& name) {
     if (name.startsWith(QLatin1String("total_"))) {
@@ -50,7 +25,7 @@ auto rank(const QString& name, double value) {
     return std::make_tuple(groupOf(name), value == 0.0, name.size());
 }
 
-QString readingText(const QString& name, const Unit& unit, double value) {
+QString readingText(const QString& name, const FieldUnit& unit, double value) {
     QString label = name.chopped(QLatin1String(unit.suffix).size());
     label.replace(QLatin1Char('_'), QLatin1Char(' '));
     return label + QLatin1String(": ") + QString::number(value, 'g', 10) + QLatin1Char(' ') +
@@ -65,6 +40,18 @@ QString deviceText(int device) {
 
 QString timeText(const QDateTime& instant) {
     return instant.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+}
+
+QString visibleText(const QString& text) {
+    QString shown;
+    for (const QChar character : text) {
+        if (character.category() == QChar::Other_Control) {
+            shown += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QLatin1Char('0'));
+        } else {
+            shown += character;
+        }
+    }
+    return shown;
 }
 
 QString readingsText(const QJsonObject& decoded) {
