@@ -11,6 +11,7 @@ void addCommands(CommandLine& line) {
     addQueueCommands(line);
     addClientsCommand(line);
     addIngestCommand(line);
+    addWatchCommand(line);
     addPlotCommand(line);
     addDoctorCommand(line);
     addTransferCommands(line);

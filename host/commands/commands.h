@@ -22,6 +22,7 @@ void addDoctorCommand(CommandLine& line);
 /// Export and import.
 void addTransferCommands(CommandLine& line);
 void addDemoCommand(CommandLine& line);
+void addWatchCommand(CommandLine& line);
 /// What is made from the command line: completion and the manual page.
 void addShellCommands(CommandLine& line);
 
