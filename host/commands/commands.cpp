@@ -15,6 +15,7 @@ void addCommands(CommandLine& line) {
     addPlotCommand(line);
     addDoctorCommand(line);
     addTransferCommands(line);
+    addBenchCommand(line);
     addDemoCommand(line);
     addShellCommands(line);
 }

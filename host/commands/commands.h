@@ -15,14 +15,14 @@ void addDownlinkCommands(CommandLine& line);
 void addStateCommands(CommandLine& line);
 void addQueueCommands(CommandLine& line);
 void addClientsCommand(CommandLine& line);
-void addDemoCommand(CommandLine& line);
 void addIngestCommand(CommandLine& line);
+void addWatchCommand(CommandLine& line);
 void addPlotCommand(CommandLine& line);
 void addDoctorCommand(CommandLine& line);
 /// Export and import.
 void addTransferCommands(CommandLine& line);
+void addBenchCommand(CommandLine& line);
 void addDemoCommand(CommandLine& line);
-void addWatchCommand(CommandLine& line);
 /// What is made from the command line: completion and the manual page.
 void addShellCommands(CommandLine& line);
 
