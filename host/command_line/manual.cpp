@@ -105,7 +105,7 @@ std::string manualPage(const CLI::App& app, const std::string& version) {
     addCommands(page, app, "");
     page << ".SH EXIT STATUS\n"
             ".TP\n0\nDone.\n"
-            ".TP\n1\nSomething failed, or records were rejected.\n"
+            ".TP\n1\nSomething failed, records were rejected, or doctor found something wrong.\n"
             ".TP\n2\nThe program was wrongly called.\n";
     page << ".SH ENVIRONMENT\n"
             ".TP\nKELVRO_SETTINGS\nThe settings file, where \\-\\-settings names none.\n"
