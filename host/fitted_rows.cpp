@@ -31,8 +31,8 @@ std::vector<int> naturalWidths(const std::vector<Console::Column>& columns,
 /// Takes from the widest of the columns that may be cut, until the table fits or none can give
 /// more.
 void narrow(std::vector<int>& widths, const std::vector<Console::Column>& columns, int width) {
-    int room = width + 1 - around * static_cast<int>(widths.size()) -
-               std::accumulate(widths.begin(), widths.end(), 0);
+    qint64 room = qint64{width} + 1 - qint64{around} * static_cast<qint64>(widths.size()) -
+                  std::accumulate(widths.begin(), widths.end(), 0);
     for (; room < 0; ++room) {
         int* widest = nullptr;
         for (std::size_t i = 0; i < widths.size(); ++i) {

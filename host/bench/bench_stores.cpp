@@ -224,7 +224,7 @@ std::vector<BenchOperation> BenchStores::eventOperations() {
 std::vector<BenchOperation> BenchStores::keptOperations(
     const QString& store, const std::function<void(int device, bool durably)>& push,
     const std::function<void(int device)>& pull, const std::function<void(int device)>& remove) {
-    const auto one = [](auto call) {
+    const auto one = [](const auto& call) {
         return [call] {
             call();
             return qint64{1};

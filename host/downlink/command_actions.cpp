@@ -65,7 +65,8 @@ void ackCommand(const QString& id, Session& session) {
 void showCommand(const QString& id, Session& session) {
     const auto command = find(id, session);
     if (session.options().form != OutputForm::Table) {
-        return showRecords<model::dl_message>({command}, session);
+        showRecords<model::dl_message>({command}, session);
+        return;
     }
     auto output = session.output({{.name = {}, .title = QStringLiteral("Member")},
                                   {.name = {}, .title = QStringLiteral("Value")}});

@@ -24,7 +24,7 @@ namespace host {
 namespace {
 
 /// A batch is stored when its lines take so many bytes, however few they are.
-constexpr qint64 batchBytes = 4 * 1024 * 1024;
+constexpr qint64 batchBytes = qint64{4} * 1024 * 1024;
 /// The value store gives back no later time.
 constexpr qint64 lastSecs = std::numeric_limits<qint32>::max();
 

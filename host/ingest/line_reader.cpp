@@ -58,7 +58,7 @@ void LineReader::open() {
     m_regular = S_ISREG(statusOf(m_descriptor).st_mode);
 }
 
-void LineReader::close() {
+void LineReader::close() const {
     if (m_descriptor != STDIN_FILENO) {
         ::close(m_descriptor);
     }

@@ -50,7 +50,7 @@ public:
 
 private:
     void open();
-    void close();
+    void close() const;
     bool takeLine(Line& line);
     bool takeLastLine(Line& line);
     /// False at the end.

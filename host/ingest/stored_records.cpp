@@ -85,7 +85,7 @@ std::optional<QDateTime> storedTime(interfaces::IULAPPMessageRepository& reposit
         if (message != messages.end()) {
             return message->timestamp.toUTC();
         }
-        if (static_cast<int>(messages.size()) < filter.limit) {
+        if (std::cmp_less(messages.size(), filter.limit)) {
             return {};
         }
         if (messages.back().timestamp == filter.end) {

@@ -94,7 +94,7 @@ template <class Record>
 bool UplinkWriter::trySaving(std::list<Record> fresh, std::list<Record> known,
                              void (interfaces::IEAVRepository::*save)(const std::list<Record>&),
                              qint64 IngestAccount::* stored, qint64 IngestAccount::* there) {
-    const auto wanted = static_cast<qint64>(fresh.size() + known.size());
+    const auto wanted = static_cast<qint64>(fresh.size()) + static_cast<qint64>(known.size());
     qint64 missingAtFirst = -1;
     const auto outcome = m_tools.patience.attempt([&] {
         const auto found = findStored(m_tools.records, known);

@@ -76,7 +76,7 @@ TimeAxis timeAxis(qint64 begin, qint64 end, bool local, int tics) {
     const auto dateOf = [&](qint64 secs) {
         return timeOf(secs + offset, false).toString(QStringLiteral("yyyy-MM-dd"));
     };
-    const auto length = std::ranges::lower_bound(ticLengths, (end - begin) / tics);
+    const auto* const length = std::ranges::lower_bound(ticLengths, (end - begin) / tics);
     const auto ticSecs = length == ticLengths.end() ? longestTic : *length;
     // Midnight at the end is still the same day.
     const bool oneDay = dateOf(begin) == dateOf(end - 1);

@@ -8,6 +8,7 @@
 #include <array>
 #include <concepts>
 #include <limits>
+#include <utility>
 
 namespace host {
 
@@ -58,7 +59,7 @@ QJsonValue toCell(model::dl_message::dl_status status, const Session& /*session*
         QStringLiteral("TIMEOUT")};
     const auto number = static_cast<int>(status);
     // Whoever wrote another number into the database sees it.
-    return number >= 0 && number < static_cast<int>(names.size())
+    return number >= 0 && std::cmp_less(number, names.size())
                ? QJsonValue(names.at(static_cast<std::size_t>(number)))
                : QJsonValue(number);
 }

@@ -180,7 +180,8 @@ void MongoImport::flush() {
     if (m_existing == Existing::Replace) {
         replaceOthers();
     }
-    auto& other = m_existing == Existing::Keep ? mutableCounts().different : mutableCounts().replaced;
+    auto& other =
+        m_existing == Existing::Keep ? mutableCounts().different : mutableCounts().replaced;
     for (const auto& each : m_waiting) {
         if (each.there) {
             ++(each.same ? mutableCounts().same : other);

@@ -33,7 +33,8 @@ RecordProgress::~RecordProgress() {
 
 void RecordProgress::advance() {
     // What is stored meanwhile comes on top of what was expected.
-    if (++m_done % step == 0 && m_done / step <= m_steps) {
+    ++m_done;
+    if (m_done % step == 0 && m_done / step <= m_steps) {
         m_progress.advance();
     }
 }

@@ -12,6 +12,7 @@
 #include <QVariantList>
 
 #include <algorithm>
+#include <set>
 #include <tuple>
 
 namespace host {
@@ -85,7 +86,8 @@ QList<QByteArray> listOf(const QVariant& answer) {
 QList<QByteArray> comparable(const RedisEntry& entry) {
     auto parts = entry.parts;
     if (entry.type == "set") {
-        std::sort(parts.begin(), parts.end());
+        const std::set<QByteArray> members(parts.begin(), parts.end());
+        parts = {members.begin(), members.end()};
     } else if (entry.type == "hash") {
         QMap<QByteArray, QByteArray> fields;
         for (int i = 0; i + 1 < parts.size(); i += 2) {
@@ -152,7 +154,7 @@ QByteArray entryLine(const RedisEntry& entry) {
 }
 
 bool hasBase64(const QByteArray& line) {
-    return line.contains("{\"base64\":\"");
+    return line.contains(R"({"base64":")");
 }
 
 RedisEntry entryOfLine(const QByteArray& line) {

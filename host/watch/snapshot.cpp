@@ -1,6 +1,7 @@
 #include "host/watch/snapshot.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace host {
 
@@ -10,7 +11,7 @@ int ratePerMinute(const std::vector<WatchedRecord>& records, std::size_t asked,
     const auto count = std::ranges::count_if(records, [&](const WatchedRecord& record) {
         return record.time.msecsTo(now) < minuteMsecs;
     });
-    if (records.size() < asked || static_cast<std::size_t>(count) < asked) {
+    if (records.size() < asked || std::cmp_less(count, asked)) {
         return static_cast<int>(count);
     }
     // A record's time is of whole seconds.

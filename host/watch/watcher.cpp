@@ -62,12 +62,12 @@ Watcher::~Watcher() {
 }
 
 std::optional<Watcher::News> Watcher::takeNews() {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     return std::exchange(m_news, std::nullopt);
 }
 
 void Watcher::setPaused(bool paused) {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     m_paused = paused;
     m_changed.notify_all();
 }
@@ -87,7 +87,7 @@ void Watcher::run() {
             report({.snapshot = {}, .fault = QString::fromUtf8(failure.what())});
         }
     } while (rest());
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     m_ended = true;
     m_changed.notify_all();
 }
@@ -113,7 +113,7 @@ void Watcher::watch() {
 }
 
 void Watcher::report(News news) {
-    const std::lock_guard lock(m_mutex);
+    const std::scoped_lock lock(m_mutex);
     m_news = std::move(news);
 }
 

@@ -88,7 +88,8 @@ TEST(FieldCodes, AreThoseOfTheDocument) {
 TEST(FieldCodes, NameEachFieldOfAMediumOnce) {
     QSet<QString> seen;
     for (const auto& row : host::fieldCodes()) {
-        const auto key = QString::number(static_cast<int>(row.medium)) + QLatin1String(row.field);
+        const QString key =
+            QString::number(static_cast<int>(row.medium)) + QLatin1String(row.field);
         EXPECT_FALSE(seen.contains(key)) << row.field;
         seen.insert(key);
     }

@@ -169,7 +169,7 @@ class Watch(unittest.TestCase):
         self.store("old", secs=7200)
         self.start()
         self.await_text("old  total: 21.93 m³  make")
-        self.assertIn("1 Uplinks 0 a minute", self.screen())
+        self.await_text("1 Uplinks 0 a minute")
         self.store("new")
         self.await_text("1 Uplinks 1 a minute")
         lines = [line for line in self.screen().splitlines() if "make" in line]
