@@ -61,9 +61,10 @@ QString inShell(const QString& statement) {
 }
 
 QString expiryOf(const ListedIndex& index) {
-    return index.expireAfterSecs
-               ? QStringLiteral("removes documents %1 s after the date").arg(*index.expireAfterSecs)
-               : QStringLiteral("removes no documents");
+    constexpr int digits = 10; // all of the longest that there is
+    return index.expireAfterSecs ? QStringLiteral("removes documents %1 s after the date")
+                                       .arg(*index.expireAfterSecs, 0, 'g', digits)
+                                 : QStringLiteral("removes no documents");
 }
 
 Finding missing(const QString& subject, const QString& collection, const IndexLayout& index) {

@@ -8,7 +8,7 @@ import pathlib
 import sys
 
 sys.path.append(str(pathlib.Path(__file__).parent.parent))
-from own_servers import COLLECTIONS, HostTest, main  # noqa: E402
+from own_servers import COLLECTIONS, HostTest, eventually, main  # noqa: E402
 
 
 class Doctor(HostTest):
@@ -190,6 +190,30 @@ class Doctor(HostTest):
         finding = self.only_worse()
         self.assertEqual(finding["subject"], "persistence of Redis")
         self.assertEqual(finding["advice"], "appendonly yes")
+
+    def test_finds_that_redis_cannot_save(self):
+        # The place of the file is taken. Such a server refuses every write, and PING.
+        file = pathlib.Path(self.redis.folder.name) / "dump.rdb"
+
+        def save(status):
+            self.redis("BGSAVE")
+            eventually(lambda: f"rdb_last_bgsave_status:{status}".encode() in self.redis("INFO"),
+                       f"a save with the result {status}")
+
+        file.mkdir()
+        self.addCleanup(save, "ok")
+        self.addCleanup(file.rmdir)
+        self.config(save="3600 1")
+        save("err")
+        finding = self.only_worse()
+        self.assertEqual((finding["severity"], finding["subject"]),
+                         ("error", "persistence of Redis"))
+        self.assertIn("a full disk", finding["advice"])
+
+    def test_does_not_need_the_right_to_ping(self):
+        self.addCleanup(self.redis, "ACL", "SETUSER", "default", "+@all")
+        self.redis("ACL", "SETUSER", "default", "-ping")
+        self.assertEqual(self.doctor()[1], [])
 
     def test_finds_that_redis_is_a_replica(self):
         self.addCleanup(self.redis, "REPLICAOF", "NO", "ONE")

@@ -75,6 +75,13 @@ TEST(IndexCheck, FindsAnotherExpiry) {
     EXPECT_TRUE(findings[0].advice.contains("dropIndex(\"c\")"_q));
 }
 
+TEST(IndexCheck, ShowsAllDigitsOfAnExpiry) {
+    auto indexes = soundIndexes();
+    indexes[3] = listed(R"({"key": {"ttl": 1}, "name": "c", "expireAfterSeconds": 31536001})");
+    EXPECT_EQ(host::indexFindings(events(), indexes)[0].found,
+              "{ttl: 1} removes documents 31536001 s after the date; it should be: 60 s"_q);
+}
+
 TEST(IndexCheck, FindsAnExpiryThatThereShouldNotBe) {
     auto indexes = soundIndexes();
     indexes[1] = listed(
