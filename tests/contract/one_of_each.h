@@ -160,7 +160,7 @@ private:
 
 /// For tests that use every kind of object, for up to sixteen devices that no other test has.
 ///
-/// Needs both servers, and LOCKS kelvrostorage-database.
+/// Needs both servers, and LOCKS common-mongodb.
 class EveryKindOfObject : public FixedMongoDatabase {
 protected:
     static constexpr int devices = 16;

@@ -101,7 +101,8 @@ public:
     temporary_database& operator=(const temporary_database&) = delete;
 };
 
-/// A database of the test's own, dropped at its end: such tests run in parallel.
+/// A database of the test's own, dropped at its end. Such tests need LOCKS common-mongodb: see
+/// tests/CMakeLists.txt.
 class UniqueMongoDatabase : public testing::Test {
 protected:
     UniqueMongoDatabase();
@@ -113,9 +114,9 @@ protected:
 /// The driver's fixed database "kelvrostorage", empty at the start of a test and dropped at its
 /// end.
 ///
-/// Such tests need LOCKS kelvrostorage-database. A database with collections in it is dropped only
-/// if KELVRO_ALLOW_DROP says that the server is ours; otherwise it may hold somebody's data, is
-/// left alone, and the test fails.
+/// Such tests need LOCKS common-mongodb too. A database with collections in it is dropped only if
+/// KELVRO_ALLOW_DROP says that the server is ours; otherwise it may hold somebody's data, is left
+/// alone, and the test fails.
 class FixedMongoDatabase : public testing::Test {
 protected:
     FixedMongoDatabase();
