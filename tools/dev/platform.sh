@@ -94,7 +94,7 @@ install_packages_if_missing() {
 keep_servers_from_starting() {
     mkdir -p "$(dirname "$SYSTEMD_PRESET")"
     printf 'disable %s\n' redis-server.service postgresql.service stunnel4.service \
-        wmbusmeters.service >"$SYSTEMD_PRESET"
+        wmbusmeters.service haproxy.service >"$SYSTEMD_PRESET"
     [[ ! -e $POLICY ]] || return 0
     cat >"$POLICY.new" <<POLICY
 #!/bin/sh
