@@ -6,6 +6,7 @@
 
 #include <QProcessEnvironment>
 
+#include <stdexcept>
 #include <system_error>
 
 namespace growing {
@@ -33,7 +34,7 @@ Haproxy::Haproxy(const std::map<QString, QString>& servers)
         // Another process may take a port in between.
         m_mongoPort = TestSocket::unusedPort();
         m_redisPort = TestSocket::unusedPort();
-        m_statisticsPort = TestSocket::unusedPort();
+        m_adminPort = TestSocket::unusedPort();
         if (tryToStart(servers)) {
             return;
         }
@@ -48,8 +49,8 @@ bool Haproxy::tryToStart(const std::map<QString, QString>& servers) {
     }
     environment.insert("KELVRO_MONGODB"_q, QStringLiteral("127.0.0.1:%1").arg(m_mongoPort));
     environment.insert("KELVRO_REDIS"_q, QStringLiteral("127.0.0.1:%1").arg(m_redisPort));
-    environment.insert("KELVRO_HAPROXY_STATISTICS"_q,
-                       QStringLiteral("ipv4@127.0.0.1:%1").arg(m_statisticsPort));
+    environment.insert("KELVRO_HAPROXY_ADMIN"_q,
+                       QStringLiteral("ipv4@127.0.0.1:%1").arg(m_adminPort));
     m_process.setProcessEnvironment(environment);
     m_process.startAndAwait("haproxy"_q,
                             {"-db"_q, "-f"_q, QStringLiteral(KELVRO_GROWING_DIR "/haproxy.cfg")},
@@ -62,24 +63,34 @@ bool Haproxy::tryToStart(const std::map<QString, QString>& servers) {
     return m_process.state() == QProcess::Running;
 }
 
-std::optional<int> Haproxy::connectionsTo(const QByteArray& backend,
-                                          const QByteArray& server) const {
-    TestSocket socket = TestSocket::connectedTo(m_statisticsPort);
-    socket.write("show stat\n");
+QByteArray Haproxy::run(const QByteArray& command) const {
+    TestSocket socket = TestSocket::connectedTo(m_adminPort);
+    socket.write(command + '\n');
     QByteArray answer;
     for (QByteArray piece = socket.read(); !piece.isEmpty(); piece = socket.read()) {
         answer += piece;
     }
-    const QList<QByteArray> lines = answer.split('\n');
-    const QList<QByteArray> names = lines.first().split(',');
+    return answer;
+}
+
+bool Haproxy::isUp(const QByteArray& backend, const QByteArray& server) const {
+    return statistic(backend, server, "status").startsWith("UP");
+}
+
+int Haproxy::connectionsTo(const QByteArray& backend, const QByteArray& server) const {
+    return statistic(backend, server, "scur").toInt();
+}
+
+QByteArray Haproxy::statistic(const QByteArray& backend, const QByteArray& server,
+                              const QByteArray& name) const {
+    const QList<QByteArray> lines = run("show stat").split('\n');
+    const int column = lines.first().split(',').indexOf(name);
     for (const QByteArray& line : lines) {
-        const QList<QByteArray> fields = line.split(',');
-        if (fields.value(0) == backend && fields.value(1) == server &&
-            fields.value(names.indexOf("status")).startsWith("UP")) {
-            return fields.value(names.indexOf("scur")).toInt();
+        if (line.startsWith(backend + ',' + server + ',')) {
+            return line.split(',').value(column);
         }
     }
-    return std::nullopt;
+    throw std::runtime_error("HAProxy knows no server " + QByteArray(backend + '/' + server).toStdString());
 }
 
 } // namespace growing

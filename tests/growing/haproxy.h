@@ -7,7 +7,6 @@
 #include <QTemporaryDir>
 
 #include <map>
-#include <optional>
 
 namespace growing {
 
@@ -21,16 +20,22 @@ public:
     int mongoPort() const { return m_mongoPort; }
     int redisPort() const { return m_redisPort; }
 
-    /// Connections that lead to a server now; none if HAProxy takes it for down.
-    std::optional<int> connectionsTo(const QByteArray& backend, const QByteArray& server) const;
+    /// A command of its administration, and what it says to that.
+    QByteArray run(const QByteArray& command) const;
+    /// Whether it leads to that server.
+    bool isUp(const QByteArray& backend, const QByteArray& server) const;
+    /// How many connections lead there now.
+    int connectionsTo(const QByteArray& backend, const QByteArray& server) const;
 
 private:
+    QByteArray statistic(const QByteArray& backend, const QByteArray& server,
+                         const QByteArray& name) const;
     bool tryToStart(const std::map<QString, QString>& servers);
 
     QTemporaryDir m_folder;
     int m_mongoPort = 0;
     int m_redisPort = 0;
-    int m_statisticsPort = 0;
+    int m_adminPort = 0;
     test_support::ServerProcess m_process;
 };
 

@@ -53,9 +53,10 @@ SeveralServers::SeveralServers() {
         [this] {
             RedisClient::Connection redis(
                 RedisClient::ConnectionConfig("127.0.0.1"_q, QString(), redisPort()));
-            return redis.connect();
+            return redis.connect() && m_haproxy->isUp("ferretdb", "a") &&
+                   m_haproxy->isUp("ferretdb", "b");
         },
-        "HAProxy leads to the primary");
+        "HAProxy leads to all of them");
 }
 
 bool SeveralServers::isPrimary(std::size_t index) {
@@ -77,6 +78,12 @@ bool SeveralServers::isReplica(std::size_t index) {
     } catch (const RedisClient::Connection::Exception&) {
         return false;
     }
+}
+
+bool SeveralServers::nobodyWritesAndReplicaHasAll() {
+    return m_haproxy->connectionsTo("redis-a", "a") == 0 &&
+           redis(0).info("replication", "master_repl_offset:") ==
+               redis(1).info("replication", "master_repl_offset:");
 }
 
 std::string SeveralServers::mongoUrl() const {

@@ -32,6 +32,9 @@ public:
     /// it becomes one.
     bool isReplica(std::size_t index);
 
+    /// While the roles are those of the beginning.
+    bool nobodyWritesAndReplicaHasAll();
+
     const Haproxy& haproxy() const { return *m_haproxy; }
     /// Of HAProxy.
     std::string mongoUrl() const;
