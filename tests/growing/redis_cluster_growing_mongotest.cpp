@@ -33,6 +33,7 @@ protected:
         other.run({"CLUSTER", "ADDSLOTSRANGE", "8192", "16383"});
         server.run({"CLUSTER", "MEET", "127.0.0.1", QByteArray::number(other.port())});
         await([this] { return info(server).contains("cluster_state:ok"); }, "the cluster");
+        states = plugin.factory().CreateDriverStateInst(settings, nullptr);
         states->SetPrefix("grow"_q);
     }
 
@@ -57,8 +58,7 @@ protected:
     host::PluginFile plugin{QStringLiteral(KELVRO_PLUGIN_FILE)};
     QJsonObject settings{{"url"_q, QString::fromStdString(mongo.url())},
                          {"redis"_q, QJsonObject{{"port"_q, server.port()}}}};
-    std::shared_ptr<interfaces::IDriverState> states =
-        plugin.factory().CreateDriverStateInst(settings, nullptr);
+    std::shared_ptr<interfaces::IDriverState> states;
 };
 
 TEST_F(RedisCluster, HasNoDatabaseForQueuesAndClients) {
