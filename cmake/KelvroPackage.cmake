@@ -20,6 +20,9 @@ install(FILES README.md CHANGELOG.md CONTRIBUTING.md NOTICE
 install(DIRECTORY docs
     DESTINATION "${KELVRO_INSTALL_DOCDIR}" COMPONENT plugin
     FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
+# Where the pages look for it.
+install(DIRECTORY packaging/growing
+    DESTINATION "${KELVRO_INSTALL_DOCDIR}/packaging" COMPONENT plugin)
 # A Debian package has its licence in a file of another form: see packaging/copyright.
 install(FILES LICENSE DESTINATION "${KELVRO_INSTALL_DOCDIR}" COMPONENT licence)
 

@@ -64,8 +64,8 @@ protected:
         }
         await(
             [&] {
-                return std::ranges::all_of(
-                    writers, [](const auto& writer) { return writer->isSettled(); });
+                return std::ranges::all_of(writers,
+                                           [](const auto& writer) { return writer->isSettled(); });
             },
             "all write again after: " + what);
         const std::chrono::duration<double> took = soak::Clock::now() - begin;

@@ -52,9 +52,8 @@ bool Haproxy::tryToStart(const std::map<QString, QString>& servers) {
     environment.insert("KELVRO_HAPROXY_ADMIN"_q,
                        QStringLiteral("ipv4@127.0.0.1:%1").arg(m_adminPort));
     m_process.setProcessEnvironment(environment);
-    m_process.startAndAwait("haproxy"_q,
-                            {"-db"_q, "-f"_q, QStringLiteral(KELVRO_GROWING_DIR "/haproxy.cfg")},
-                            "");
+    m_process.startAndAwait(
+        "haproxy"_q, {"-db"_q, "-f"_q, QStringLiteral(KELVRO_GROWING_DIR "/haproxy.cfg")}, "");
     await(
         [this] {
             return m_process.waitForFinished(0) || (listens(m_mongoPort) && listens(m_redisPort));
@@ -90,7 +89,8 @@ QByteArray Haproxy::statistic(const QByteArray& backend, const QByteArray& serve
             return line.split(',').value(column);
         }
     }
-    throw std::runtime_error("HAProxy knows no server " + QByteArray(backend + '/' + server).toStdString());
+    throw std::runtime_error("HAProxy knows no server " +
+                             QByteArray(backend + '/' + server).toStdString());
 }
 
 } // namespace growing

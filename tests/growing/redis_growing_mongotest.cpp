@@ -84,8 +84,11 @@ protected:
     void cutOffReplica() {
         servers.redis(0).run({"ACL", "SETUSER", "default", "-psync", "-sync", "-replconf"});
         servers.redis(0).run({"CLIENT", "KILL", "TYPE", "replica"});
-        await([this] { return servers.redis(1).info("replication", "master_link_status:") == "down"; },
-              "the replica has no primary");
+        await(
+            [this] {
+                return servers.redis(1).info("replication", "master_link_status:") == "down";
+            },
+            "the replica has no primary");
     }
 };
 
@@ -189,7 +192,8 @@ TEST_F(RedisWithSentinelUnderLoad, LosesTheLastMomentAtMostWhenThePrimaryIsKille
 TEST_F(RedisWithSentinelUnderLoad, LosesNothingWhenItsPrimaryIsReplacedWhileNobodyIsLetIn) {
     letFall("the Redis primary is replaced", writers, [this] {
         ASSERT_EQ(servers.haproxy().run("set server redis-a/a state maint"), "\n");
-        await([this] { return servers.nobodyWritesAndReplicaHasAll(); }, "the replica has what the primary has");
+        await([this] { return servers.nobodyWritesAndReplicaHasAll(); },
+              "the replica has what the primary has");
         servers.sentinel(0).replacePrimary();
         await([this] { return servers.isPrimary(1) && servers.isReplica(0); },
               "the two have changed places");

@@ -91,10 +91,9 @@ TEST_F(ShardReach, OfDownlinkCommands) {
     EXPECT_THAT(of([&] { commands.GetNotAckCommands(downlinksOf({7, 8})); }),
                 ElementsAre(ofDevice, ofDevice));
     EXPECT_THAT(of([&] { commands.GetById(command.db_id); }), ElementsAre(everywhere));
-    EXPECT_THAT(of([&] {
-                    commands.SetStatus(command.db_id, model::dl_message::dl_status::EXECUTED);
-                }),
-                ElementsAre(everywhere));
+    EXPECT_THAT(
+        of([&] { commands.SetStatus(command.db_id, model::dl_message::dl_status::EXECUTED); }),
+        ElementsAre(everywhere));
     EXPECT_THAT(of([&] { commands.AckCommand(command.db_id); }), ElementsAre(everywhere));
     EXPECT_THAT(of([&] { commands.DeleteMessages({7, 8}, utc(0), in2100()); }),
                 ElementsAre(ofDevice, ofDevice));
