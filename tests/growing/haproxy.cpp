@@ -6,6 +6,10 @@
 
 #include <QProcessEnvironment>
 
+#include <grp.h>
+#include <pwd.h>
+#include <unistd.h>
+
 #include <stdexcept>
 #include <system_error>
 
@@ -47,6 +51,10 @@ bool Haproxy::tryToStart(const std::map<QString, QString>& servers) {
     for (const auto& [name, value] : servers) {
         environment.insert(name, value);
     }
+    environment.insert("KELVRO_HAPROXY_USER"_q,
+                       QString::fromUtf8(::getpwuid(::geteuid())->pw_name));
+    environment.insert("KELVRO_HAPROXY_GROUP"_q,
+                       QString::fromUtf8(::getgrgid(::getegid())->gr_name));
     environment.insert("KELVRO_MONGODB"_q, QStringLiteral("127.0.0.1:%1").arg(m_mongoPort));
     environment.insert("KELVRO_REDIS"_q, QStringLiteral("127.0.0.1:%1").arg(m_redisPort));
     environment.insert("KELVRO_HAPROXY_ADMIN"_q,
