@@ -11,10 +11,20 @@ namespace {
 constexpr int dateLength = 10; // 2026-11-22
 
 CLI::Validator lengthOfTime() {
-    static const std::map<std::string, qint64> units{
-        {"s", 1}, {"m", 60}, {"h", 3600}, {"d", 86'400}, {"w", 604'800}};
+    static const CLI::AsNumberWithUnit number(
+        std::map<std::string, qint64>{
+            {"s", 1}, {"m", 60}, {"h", 3600}, {"d", 86'400}, {"w", 604'800}},
+        CLI::AsNumberWithUnit::UNIT_REQUIRED);
+    const auto convert = [](std::string& text) {
+        const auto given = text;
+        try {
+            return number(text);
+        } catch (const CLI::ValidationError&) {
+            return '"' + given + "\" is no length of time, as 90s, 30m, 2h, 7d or 4w";
+        }
+    };
     // What it would say of itself in the help is longer than what a user has to know.
-    return CLI::AsNumberWithUnit(units, CLI::AsNumberWithUnit::UNIT_REQUIRED).description("");
+    return {convert, ""};
 }
 
 } // namespace

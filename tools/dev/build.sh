@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Building with the CMake presets, and the commands that build first: build, test, demo and bench;
-# also the shell.
+# Building with the CMake presets, and the commands that build first: build, test, demo, try and
+# bench; also the shell.
 
 JOBS=$(nproc)
 PRESETS=(dev release asan tsan coverage)
@@ -10,7 +10,7 @@ check_usage() {
     case "$1" in
     build) [[ $# -le 2 ]] || usage_error "build: takes one preset" ;;
     with-servers) [[ $# -ge 2 ]] || usage_error "with-servers: needs a command to run" ;;
-    docs | lint | servers | shell) [[ $# -eq 1 ]] || usage_error "$1: takes no arguments" ;;
+    docs | lint | servers | shell | try) [[ $# -eq 1 ]] || usage_error "$1: takes no arguments" ;;
     test) parse_test_arguments "${@:2}" ;;
     fuzz) parse_fuzz_arguments "${@:2}" ;;
     package) parse_package_arguments "${@:2}" ;;
@@ -120,6 +120,14 @@ command_demo() {
     export_plugin
     start_servers
     run_child build/dev/host/kelvro-host demo --plugin "$KELVROSTORAGE_PLUGIN" "$@"
+}
+
+command_try() {
+    build_preset dev lenient kelvrostorage kelvro-host
+    unlock "$PROJECT/build/.lock" # the shell may stay open for days
+    start_servers
+    say "kelvro-host is here, and both databases are there until you leave this shell"
+    PATH=$PROJECT/build/dev/host:$PATH run_child bash --rcfile "$PROJECT/tools/dev/try.bashrc" -i
 }
 
 command_bench() {

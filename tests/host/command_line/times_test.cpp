@@ -80,4 +80,14 @@ TEST_F(PeriodOptions, RefuseWhatIsNoTimeAndNoLength) {
     }
 }
 
+TEST_F(PeriodOptions, SayWhatALengthLooksLike) {
+    try {
+        parse("--since 2026-11-22");
+        ADD_FAILURE() << "was taken";
+    } catch (const CLI::ParseError& error) {
+        EXPECT_STREQ(error.what(),
+                     "--since: \"2026-11-22\" is no length of time, as 90s, 30m, 2h, 7d or 4w");
+    }
+}
+
 } // namespace
