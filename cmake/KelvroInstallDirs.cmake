@@ -22,3 +22,17 @@ function(kelvro_path_from_programs variable folder dirtype)
     file(RELATIVE_PATH _path "${CMAKE_INSTALL_FULL_BINDIR}" "${_full}")
     set(${variable} "${_path}" PARENT_SCOPE)
 endfunction()
+
+# kelvro_pages(PROGRAM MANUAL-WORD COMPLETION-WORD): has the program print its manual page and its
+# completion, each of which it does for one word, from the definitions of its options.
+function(kelvro_pages program manual_word completion_word)
+    set(manual "${KELVRO_MANUAL_DIR}/${program}.1")
+    set(completion "${KELVRO_COMPLETION_DIR}/${program}")
+    file(MAKE_DIRECTORY "${KELVRO_MANUAL_DIR}" "${KELVRO_COMPLETION_DIR}")
+    add_custom_command(OUTPUT "${manual}" "${completion}"
+        COMMAND ${program} ${manual_word} > "${manual}"
+        COMMAND ${program} ${completion_word} > "${completion}"
+        DEPENDS ${program}
+        COMMENT "Printing the manual page and the completion of ${program}")
+    add_custom_target(${program}-pages ALL DEPENDS "${manual}" "${completion}")
+endfunction()

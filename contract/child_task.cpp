@@ -5,15 +5,13 @@
 #include "contract/outcome.h"
 #include "contract/settings.h"
 #include "contract/trial.h"
-#include "host/mongo_log.h"
+#include "host/mongo_instance.h"
 
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <mongocxx/v1/instance.hpp>
 
 #include <cstdlib>
-#include <memory>
 #include <unistd.h>
 
 namespace contract {
@@ -94,9 +92,8 @@ Outcome tryRule(Trial& trial, const RuleEntry& entry, const CommandLine& given) 
 void doTask(const CommandLine& given) {
     Report report;
     takeLog(given.verbose);
-    // The MongoDB driver wants one instance per process; a host has it before it loads a plug-in.
-    const mongocxx::v1::instance mongoDriver{std::make_unique<host::MongoLog>()};
-    Trial trial(given.pluginFile, readSettings(given.settingsFile), given.registeredDevice);
+    const host::MongoInstance mongoDriver;
+    Trial trial(given.pluginFile, findSettings(given.settingsFile), given.registeredDevice);
     for (const auto& item : given.items) {
         if (given.task == lookTask()) {
             report.write(item, look(trial, given, item));

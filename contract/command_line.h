@@ -1,17 +1,21 @@
 #pragma once
 
+#include "host/session/installation.h"
+
 #include <CLI/CLI.hpp>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
 #include <optional>
+#include <string>
 
 namespace contract {
 
 /// What the program is called with.
 struct CommandLine {
-    QString pluginFile;
+    QString pluginFile = host::installedPlugin();
+    /// Empty if the environment says where the settings are.
     QString settingsFile;
     /// Regular expression of the rules to try; empty for all.
     QString only;
@@ -23,6 +27,8 @@ struct CommandLine {
     bool deleteRecords = false;
     bool json = false;
     bool list = false;
+    bool manual = false;
+    bool completion = false;
     bool verbose = false;
 
     /// Set by the program itself for its child processes: Task's name, and what it is about.
@@ -32,5 +38,8 @@ struct CommandLine {
 
 /// The program's options, which are read into `given`. Parsing throws CLI::ParseError.
 std::unique_ptr<CLI::App> makeApp(CommandLine& given);
+
+/// The program's manual page.
+std::string manualPage(const CLI::App& app);
 
 } // namespace contract

@@ -3,6 +3,7 @@
 #include "contract/command_line.h"
 #include "contract/report.h"
 #include "contract/run.h"
+#include "host/command_line/completion.h"
 
 #include <QCoreApplication>
 
@@ -24,6 +25,14 @@ ExitStatus runProgram(int argc, char** argv) {
         app->parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app->exit(error) == 0 ? allPassed : wronglyCalled;
+    }
+    if (given.manual) {
+        std::cout << contract::manualPage(*app);
+        return allPassed;
+    }
+    if (given.completion) {
+        std::cout << host::bashCompletion(*app);
+        return allPassed;
     }
     if (given.list) {
         contract::listRules(std::cout, given.json, contract::selectedRules(given.only));

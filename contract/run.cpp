@@ -93,7 +93,7 @@ bool run(const CommandLine& given, std::ostream& output) {
     if (!QFileInfo(given.pluginFile).isFile()) {
         throw std::runtime_error("there is no plug-in file " + given.pluginFile.toStdString());
     }
-    readSettings(given.settingsFile);
+    findSettings(given.settingsFile);
     const auto selected = selections(given.only);
     const ChildProcesses children(QCoreApplication::arguments().mid(1), given.timeLimitSecs);
     const auto looks = look(children, given, selected);

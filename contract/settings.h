@@ -5,8 +5,9 @@
 
 namespace contract {
 
-/// The JSON object in the file, whatever its members are: they are the plug-in's to judge. Throws
-/// std::runtime_error, naming the file.
-QJsonObject readSettings(const QString& fileName);
+/// The JSON object in the file, whatever its members are: they are the plug-in's to judge. If no
+/// file is named, from where kelvro-host would have it (host::findSettings()). Throws
+/// host::Failure.
+QJsonObject findSettings(const QString& fileName);
 
 } // namespace contract

@@ -1,13 +1,11 @@
 #include "host/commands/commands.h"
-#include "host/mongo_log.h"
+#include "host/mongo_instance.h"
 
 #include <QCoreApplication>
-#include <mongocxx/v1/instance.hpp>
 
 #include <exception>
 #include <fcntl.h>
 #include <iostream>
-#include <memory>
 #include <unistd.h>
 
 namespace {
@@ -29,11 +27,7 @@ host::ExitStatus run(int argc, char** argv) {
     if (const auto ended = line.parse(argc, argv)) {
         return *ended;
     }
-    // The memory that the MongoDB driver's library would share its counters in stays behind when a
-    // program is killed, and then a later one of the same number complains that it is taken.
-    qputenv("MONGOC_DISABLE_SHM", "1");
-    // The MongoDB driver wants one instance per process, older and longer-lived than all use.
-    const mongocxx::v1::instance mongoDriver{std::make_unique<host::MongoLog>()};
+    const host::MongoInstance mongoDriver;
     return line.run();
 }
 

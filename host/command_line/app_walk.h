@@ -13,9 +13,15 @@ inline std::vector<const CLI::App*> commandsOf(const CLI::App& app) {
         [](const CLI::App* command) { return !command->get_name().empty(); });
 }
 
-/// The options of a command, without its arguments.
+/// What a program uses for itself is in no group, and told to nobody.
+inline bool isShown(const CLI::Option* option) {
+    return !option->get_group().empty();
+}
+
+/// The options of a command that are told of, without its arguments.
 inline std::vector<const CLI::Option*> optionsOf(const CLI::App& command) {
-    return command.get_options([](const CLI::Option* option) { return option->nonpositional(); });
+    return command.get_options(
+        [](const CLI::Option* option) { return option->nonpositional() && isShown(option); });
 }
 
 /// As they are typed: -d, --device.

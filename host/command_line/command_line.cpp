@@ -1,5 +1,6 @@
 #include "host/command_line/command_line.h"
 
+#include "host/command_line/text_options.h"
 #include "host/console.h"
 
 #include <QLoggingCategory>
@@ -33,13 +34,7 @@ CLI::App& CommandLine::addPlain(CLI::App& parent, const Help& help, Run run) {
 
 CLI::App& CommandLine::add(CLI::App& parent, const Help& help, Run run) {
     auto& command = addPlain(parent, help, std::move(run));
-    // The manual page is not to name the folder of the build.
-    addFile(command, "--plugin", m_options.pluginFile,
-            "The plug-in's file; default: the one that is installed with this program")
-        ->default_str("");
-    addFile(command, "--settings", m_options.settingsFile,
-            "JSON file with the plug-in's settings; default: KELVRO_SETTINGS, else the servers of "
-            "MONGODB_URL and REDIS_URL, else ~/.config/kelvrostorage/settings.json");
+    addPluginOptions(command, m_options.pluginFile, m_options.settingsFile);
     command.add_flag("--verbose", m_options.verbose,
                      "Show the log lines of the plug-in and of the MongoDB driver");
     return command;
@@ -79,20 +74,6 @@ ExitStatus CommandLine::run() {
     const auto status = m_chosen(session);
     results.requireWritten();
     return status;
-}
-
-CLI::Option* addText(CLI::App& command, const std::string& name, QString& text,
-                     const std::string& description) {
-    return command
-        .add_option_function<std::string>(
-            name, [&text](const std::string& given) { text = QString::fromStdString(given); },
-            description)
-        ->default_str(text.toStdString());
-}
-
-CLI::Option* addFile(CLI::App& command, const std::string& name, QString& fileName,
-                     const std::string& description) {
-    return addText(command, name, fileName, description)->type_name("FILE");
 }
 
 } // namespace host

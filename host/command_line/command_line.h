@@ -4,7 +4,6 @@
 #include "host/session/session.h"
 
 #include <CLI/CLI.hpp>
-#include <QString>
 
 #include <functional>
 #include <map>
@@ -68,10 +67,6 @@ private:
     Run m_chosen;
 };
 
-/// An option with a text.
-CLI::Option* addText(CLI::App& command, const std::string& name, QString& text,
-                     const std::string& description);
-
 /// An option with one of a few words; the shell completes them.
 template <class Choice>
 CLI::Option* addChoice(CLI::App& command, const std::string& name, Choice& choice,
@@ -87,9 +82,5 @@ CLI::Option* addChoice(CLI::App& command, const std::string& name, Choice& choic
         ->type_name(allWords)
         ->default_str(present);
 }
-
-/// An option, or an argument, that is the name of a file; the shell completes it.
-CLI::Option* addFile(CLI::App& command, const std::string& name, QString& fileName,
-                     const std::string& description);
 
 } // namespace host

@@ -60,7 +60,7 @@ void addOption(std::ostream& page, const CLI::Option& option) {
 void addCommand(std::ostream& page, const CLI::App& command, const std::string& path);
 
 void addOptions(std::ostream& page, const CLI::App& command) {
-    for (const auto* option : command.get_options()) {
+    for (const auto* option : command.get_options(isShown)) {
         addOption(page, *option);
     }
 }
@@ -71,49 +71,79 @@ void addCommands(std::ostream& page, const CLI::App& app, const std::string& pat
     }
 }
 
-void addCommand(std::ostream& page, const CLI::App& command, const std::string& path) {
-    page << ".SS " << escaped(path) << '\n' << sentence(command.get_description()) << '\n';
-    addOptions(page, command);
-    // Its first line says that examples follow.
+/// Paragraphs, and after a line that ends with a colon examples.
+void addFooter(std::ostream& page, const CLI::App& command) {
     std::istringstream footer(command.get_footer());
     std::string line;
-    std::getline(footer, line);
-    if (!line.empty()) {
-        page << ".PP\n" << escaped(line) << "\n.PP\n.EX\n";
-        while (std::getline(footer, line)) {
+    while (std::getline(footer, line)) {
+        if (!line.empty()) {
+            page << ".PP\n" << escaped(line) << '\n';
+        }
+        if (!line.ends_with(':')) {
+            continue;
+        }
+        page << ".PP\n.EX\n";
+        while (std::getline(footer, line) && !line.empty()) {
             page << escaped(line) << '\n';
         }
         page << ".EE\n";
     }
+}
+
+void addCommand(std::ostream& page, const CLI::App& command, const std::string& path) {
+    page << ".SS " << escaped(path) << '\n' << sentence(command.get_description()) << '\n';
+    addOptions(page, command);
+    addFooter(page, command);
     addCommands(page, command, path + ' ');
+}
+
+void addSection(std::ostream& page, const ManualSection& section) {
+    page << ".SH " << escaped(section.title) << '\n';
+    for (const auto& [word, text] : section.entries) {
+        page << ".TP\n" << escaped(word) << '\n' << sentence(text) << '\n';
+    }
 }
 
 } // namespace
 
-std::string manualPage(const CLI::App& app, const std::string& version) {
+std::string manualPage(const CLI::App& app, const ManualTexts& texts) {
     std::ostringstream page;
     const auto& name = app.get_name();
+    const bool hasCommands = !commandsOf(app).empty();
     page << ".TH " << QString::fromStdString(name).toUpper().toStdString() << R"( 1 "" ")" << name
-         << ' ' << version << "\"\n"
+         << ' ' << texts.version << "\"\n"
          << ".SH NAME\n"
-         << escaped(name) << " \\- work with the data of a metering server\n"
-         << ".SH SYNOPSIS\n.B " << escaped(name) << "\n.I COMMAND\n.RI [ OPTION ...]\n"
+         << escaped(name) << " \\- " << escaped(texts.purpose) << '\n'
+         << ".SH SYNOPSIS\n.B " << escaped(name) << (hasCommands ? "\n.I COMMAND" : "")
+         << "\n.RI [ OPTION ...]\n"
          << ".SH DESCRIPTION\n"
          << sentence(app.get_description()) << '\n';
-    addOptions(page, app);
-    page << ".SH COMMANDS\n";
-    addCommands(page, app, "");
-    page << ".SH EXIT STATUS\n"
-            ".TP\n0\nDone.\n"
-            ".TP\n1\nSomething failed, records were rejected, or doctor found something wrong.\n"
-            ".TP\n2\nThe program was wrongly called.\n";
-    page << ".SH ENVIRONMENT\n"
-            ".TP\nKELVRO_SETTINGS\nThe settings file, where \\-\\-settings names none.\n"
-            ".TP\nMONGODB_URL, REDIS_URL\nThe servers, where no settings file is named: "
-            "mongodb://... and redis://[:password@]host:port.\n"
-            ".SH FILES\n.TP\n~/.config/kelvrostorage/settings.json\n"
-            "The settings, where nothing else says where the servers are.\n";
+    if (hasCommands) {
+        addOptions(page, app);
+        page << ".SH COMMANDS\n";
+        addCommands(page, app, "");
+    } else {
+        addFooter(page, app);
+        page << ".SH OPTIONS\n";
+        addOptions(page, app);
+    }
+    for (const auto& section : texts.sections) {
+        addSection(page, section);
+    }
     return page.str();
+}
+
+std::vector<ManualSection> settingsSections() {
+    return {
+        {.title = "ENVIRONMENT",
+         .entries = {{"KELVRO_SETTINGS", "The settings file, where --settings names none"},
+                     {"MONGODB_URL, REDIS_URL",
+                      "The servers, where no settings file is named: mongodb://... and "
+                      "redis://[:password@]host:port"}}},
+        {.title = "FILES",
+         .entries = {{"~/.config/kelvrostorage/settings.json",
+                      "The settings, where nothing else says where the servers are"}}},
+    };
 }
 
 } // namespace host

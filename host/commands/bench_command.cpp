@@ -17,8 +17,9 @@ void addBenchCommand(CommandLine& line) {
         [options](Session& session) { return runBench(*options, session); });
     line.addOutputOptions(command);
     command.add_option("--secs", options->secs, "How long to measure in all, in seconds")
-        ->check(CLI::Range(1, 86'400))
-        ->capture_default_str();
+        ->check(CLI::Range(1, 86'400).description(""))
+        ->capture_default_str()
+        ->type_name("SECONDS");
     command.add_flag("--yes", options->agreed, "It may work in the database of your data");
 }
 

@@ -1,5 +1,6 @@
 #include "host/command_line/devices.h"
 #include "host/command_line/json_options.h"
+#include "host/command_line/text_options.h"
 #include "host/commands/commands.h"
 #include "host/downlink/command_actions.h"
 #include "host/query/command_query.h"

@@ -1,3 +1,4 @@
+#include "host/command_line/text_options.h"
 #include "host/command_line/times.h"
 #include "host/commands/commands.h"
 #include "host/ingest/ingest.h"
@@ -39,8 +40,9 @@ void addIngestCommand(CommandLine& line) {
         }
     });
     command.add_option("--batch", options->batchLines, "Store so many lines together")
-        ->check(CLI::Range(1, 100'000))
-        ->capture_default_str();
+        ->check(CLI::Range(1, 100'000).description(""))
+        ->capture_default_str()
+        ->type_name("NUMBER");
     addDuration(command, "--flush-after", options->flushAfterSecs,
                 "Store what has come after so long, as 1s or 1m")
         ->default_str("1s");

@@ -2,6 +2,7 @@
 
 #include "host/command_line/devices.h"
 #include "host/command_line/record_options.h"
+#include "host/command_line/text_options.h"
 #include "host/commands/commands.h"
 
 #include <map>

@@ -4,7 +4,30 @@
 
 #include <QByteArray>
 
+#include <algorithm>
+#include <iterator>
+#include <utility>
+#include <vector>
+
 namespace host {
+
+namespace {
+
+ManualTexts manualTexts() {
+    std::vector<ManualSection> sections{
+        {.title = "EXIT STATUS",
+         .entries = {{"0", "Done"},
+                     {"1", "Something failed, records were rejected, or doctor found something "
+                           "wrong"},
+                     {"2", "The program was wrongly called"}}},
+    };
+    std::ranges::copy(settingsSections(), std::back_inserter(sections));
+    return {.version = programVersion().toStdString(),
+            .purpose = "work with the data of a metering server",
+            .sections = std::move(sections)};
+}
+
+} // namespace
 
 void addShellCommands(CommandLine& line) {
     line.addPlain({.name = "completion",
@@ -19,8 +42,8 @@ void addShellCommands(CommandLine& line) {
                    .description = "Prints this program's manual page",
                    .examples = "kelvro-host manual | man -l -"},
                   [&line](Session& session) {
-                      session.results().bytes(QByteArray::fromStdString(
-                          manualPage(line.app(), programVersion().toStdString())));
+                      session.results().bytes(
+                          QByteArray::fromStdString(manualPage(line.app(), manualTexts())));
                       return ExitStatus::Done;
                   });
 }

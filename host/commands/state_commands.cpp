@@ -1,5 +1,6 @@
 #include "host/command_line/confirm.h"
 #include "host/command_line/devices.h"
+#include "host/command_line/text_options.h"
 #include "host/commands/commands.h"
 #include "host/device/driver_state.h"
 

@@ -1,3 +1,4 @@
+#include "host/command_line/text_options.h"
 #include "host/commands/commands.h"
 #include "host/transfer/export.h"
 #include "host/transfer/import.h"

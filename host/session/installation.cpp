@@ -25,7 +25,7 @@ QString dataFile(const QString& name) {
 }
 
 QString programVersion() {
-    return QStringLiteral(KELVRO_HOST_VERSION);
+    return QStringLiteral(KELVRO_PROGRAM_VERSION);
 }
 
 } // namespace host

@@ -242,14 +242,28 @@ class ContractKit(unittest.TestCase):
         self.assertEqual(found["passed"], {"downlinks.equal"})
         self.assertEqual(self.database["dl_messages"].count_documents({"modem_id": device}), 0)
 
+    def test_finds_the_installed_plugin_and_the_settings_where_the_host_finds_them(self):
+        home = self.folder / "home"
+        (home / "kelvrostorage").mkdir(parents=True)
+        (home / "kelvrostorage" / "settings.json").write_bytes(self.settings.read_bytes())
+        for environment in (
+            {"KELVRO_SETTINGS": str(self.settings), "MONGODB_URL": ""}, {"KELVRO_SETTINGS": ""},
+            {"KELVRO_SETTINGS": "", "MONGODB_URL": "", "XDG_CONFIG_HOME": str(home)},
+        ):
+            result = self.run_kit(
+                "--only", "^(plugin|uplinks)[.]", "--devices", self.first_device, **environment
+            )
+            self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+            self.assertIn("passed          uplinks.newest-first", result.stdout)
+        self.expect_failure(self.run_kit(KELVRO_SETTINGS="/nonexistent"), "/nonexistent")
+
     def test_names_settings_that_it_cannot_read(self):
         self.expect_failure(self.kit(settings="/nonexistent"), "/nonexistent", "No such file")
         self.expect_failure(self.kit(settings=PLUGIN), PLUGIN, "not JSON")
 
     def test_tells_wrong_usage_from_failure(self):
         for arguments in (
-            (), ("--plugin", PLUGIN), ("--settings", self.settings), ("--nonsense",),
-            ("--list", "--only", "no such rule"), ("--list", "--only", "("),
+            ("--nonsense",), ("--list", "--only", "no such rule"), ("--list", "--only", "("),
             ("--list", "--devices", "0"), ("--list", "--devices", "2147483647"),
             ("--list", "--time-limit", "0"),
         ):

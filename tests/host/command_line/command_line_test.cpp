@@ -81,7 +81,10 @@ TEST_F(CommandLine, PrintsItsVersion) {
 QString manualOfAll() {
     host::CommandLine line;
     host::addCommands(line);
-    return QString::fromStdString(host::manualPage(line.app(), "1.2.3"));
+    return QString::fromStdString(
+        host::manualPage(line.app(), {.version = "1.2.3",
+                                      .purpose = "store what meters say",
+                                      .sections = host::settingsSections()}));
 }
 
 /// What mandoc makes of the page: `arguments` say what.
@@ -121,15 +124,43 @@ TEST(Manual, TellsOfEveryCommandWithItsOptionsAndExamples) {
     look(line.app());
     EXPECT_TRUE(text.contains("kelvro-host plot --device 1001"_q));
     EXPECT_TRUE(text.contains("1.2.3"_q));
+    EXPECT_TRUE(text.contains("kelvro-host - store what meters say\n"_q));
+    EXPECT_TRUE(text.contains("ENVIRONMENT\n       KELVRO_SETTINGS\n"_q));
+}
+
+/// As it is read.
+QString pageOf(const CLI::App& app) {
+    const auto page = host::manualPage(
+        app, {.version = "1",
+              .purpose = "try things",
+              .sections = {{.title = "EXIT STATUS", .entries = {{"0", "All is well"}}}}});
+    return mandoc({"-T"_q, "ascii"_q}, QString::fromStdString(page))
+        .remove(QRegularExpression(".\b"_q));
 }
 
 TEST(Manual, ShowsDashesAndDotsAsTheyAre) {
     CLI::App app("Does a - b.", "tool");
     app.add_subcommand("go", ".hidden files \\too");
-    const auto text =
-        mandoc({"-T"_q, "ascii"_q}, QString::fromStdString(host::manualPage(app, "1")));
+    const auto text = pageOf(app);
     EXPECT_TRUE(text.contains("Does a - b."_q));
     EXPECT_TRUE(text.contains(".hidden files \\too"_q));
+}
+
+TEST(Manual, TellsOfAProgramWithoutCommandsByItsOptions) {
+    CLI::App app("Does it.", "tool");
+    app.add_flag("--quick", "Do it soon");
+    app.add_flag("--task", "What only the program itself says")->group("");
+    app.footer("It may take long.\n\nExample:\ntool --quick\n-\n\nThat is all.");
+    const auto text = pageOf(app);
+    EXPECT_TRUE(text.contains("       tool [OPTION...]\n"_q)) << text.toStdString();
+    EXPECT_TRUE(text.contains("       It may take long.\n\n       Example:\n\n"
+                              "       tool --quick\n       -\n\n       That is all.\n"_q))
+        << text.toStdString();
+    EXPECT_TRUE(text.contains("       --quick\n              Do it soon.\n"_q))
+        << text.toStdString();
+    EXPECT_TRUE(text.contains("EXIT STATUS\n       0      All is well.\n"_q)) << text.toStdString();
+    EXPECT_FALSE(text.contains("--task"_q));
+    EXPECT_FALSE(text.contains("COMMAND"_q));
 }
 
 } // namespace

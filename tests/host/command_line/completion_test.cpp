@@ -24,6 +24,7 @@ protected:
         auto* const values = app.add_subcommand("values");
         values->add_option("--obis", text);
         values->add_option("--form", text)->type_name("svg|png");
+        values->add_option("--hidden", text)->group("");
         app.add_subcommand("ingest")->add_option("INPUT", text)->type_name("FILE");
         app.add_subcommand("state")->add_subcommand("show");
     }
