@@ -1,15 +1,9 @@
 #include "tests/contract/broken_plugin.h"
 
-#include "interfaces/idevice_clients_database.h"
 #include "interfaces/idl_app_message_repository.h"
 #include "interfaces/idriver_state.h"
-#include "interfaces/ieav_database.h"
-#include "interfaces/ieav_repository.h"
-#include "interfaces/imessages_database.h"
-#include "interfaces/iul_app_message_repository.h"
 
 #include <QLoggingCategory>
-#include <QPluginLoader>
 
 #include <cmath>
 #include <cstdio>
@@ -22,42 +16,34 @@
 namespace {
 
 using namespace interfaces;
+using test_support::ForwardingRecords;
+using test_support::ForwardingUplinks;
 
 bool fault(const char* name) {
     return qEnvironmentVariable("KELVRO_FAULT") == QLatin1String(name);
 }
 
-class BrokenUplinks final : public IULAPPMessageRepository {
+class BrokenUplinks final : public ForwardingUplinks {
 public:
-    explicit BrokenUplinks(IULAPPMessageRepository& whole) : m_whole(whole) {}
+    using ForwardingUplinks::ForwardingUplinks;
 
     void SaveMessage(const model::message& message) override {
         if (!fault("swallows an exception")) {
-            m_whole.SaveMessage(message);
+            ForwardingUplinks::SaveMessage(message);
             return;
         }
         try {
-            m_whole.SaveMessage(message);
+            ForwardingUplinks::SaveMessage(message);
         } catch (...) {
             qWarning("a message is not stored");
         }
-    }
-    std::shared_ptr<std::map<int, std::list<model::message>>>
-    GetMessages(const model::filter_roll& filter) override {
-        return m_whole.GetMessages(filter);
-    }
-    void DeleteMessages(const model::filter_roll& filter) override {
-        m_whole.DeleteMessages(filter);
     }
     std::pair<QString, QString> GetDeviceProtocolHWType(int modem_id) override {
         if (fault("crashes")) {
             std::abort();
         }
-        return m_whole.GetDeviceProtocolHWType(modem_id);
+        return ForwardingUplinks::GetDeviceProtocolHWType(modem_id);
     }
-
-private:
-    IULAPPMessageRepository& m_whole;
 };
 
 class BrokenDownlinks final : public IDLAPPMessageRepository {
@@ -132,16 +118,16 @@ QVariant withoutFraction(const QVariant& value) {
     return isInt ? QVariant(static_cast<int>(number)) : value;
 }
 
-class BrokenEavRepository final : public IEAVRepository {
+class BrokenRecords final : public ForwardingRecords {
 public:
-    explicit BrokenEavRepository(IEAVRepository& whole) : m_whole(whole) {}
+    using ForwardingRecords::ForwardingRecords;
 
     void SaveValues(const std::list<model::dev_value>& values) override {
         auto fewer = values;
         if (fault("loses a record") && fewer.size() > 100) {
             fewer.erase(std::next(fewer.begin(), 100));
         }
-        m_whole.SaveValues(fewer);
+        ForwardingRecords::SaveValues(fewer);
     }
     void SaveEvents(const std::list<model::dev_event>& events) override {
         auto changed = events;
@@ -150,14 +136,14 @@ public:
                 event.message_id.clear();
             }
         }
-        m_whole.SaveEvents(changed);
+        ForwardingRecords::SaveEvents(changed);
     }
     std::shared_ptr<std::map<int, std::list<model::dev_value>>>
     GetValues(const model::filter_eav& filter) override {
         while (fault("hangs") && filter.first_last && filter.obis_codes.empty()) {
             pause();
         }
-        auto found = m_whole.GetValues(filter);
+        auto found = ForwardingRecords::GetValues(filter);
         if (fault("gives numbers as ints")) {
             for (auto& [device, values] : *found) {
                 for (auto& value : values) {
@@ -172,7 +158,7 @@ public:
         if (fault("gives a null pointer") && filter.modem_ids.empty()) {
             return nullptr;
         }
-        auto found = m_whole.GetEvents(filter);
+        auto found = ForwardingRecords::GetEvents(filter);
         if (fault("gives the oldest first")) {
             for (auto& [device, events] : *found) {
                 events.reverse();
@@ -185,28 +171,8 @@ public:
         if (fault("deletes other tags")) {
             wider.tags.clear();
         }
-        m_whole.DeleteValues(wider);
+        ForwardingRecords::DeleteValues(wider);
     }
-    void DeleteEvents(const model::filter_eav& filter) override { m_whole.DeleteEvents(filter); }
-
-private:
-    IEAVRepository& m_whole;
-};
-
-class BrokenEav final : public IEAVDatabase {
-public:
-    explicit BrokenEav(std::shared_ptr<IEAVDatabase> whole)
-        : m_whole(std::move(whole)), m_repository(*m_whole->EAVRepository()) {}
-
-    void CreateDatabase() override { m_whole->CreateDatabase(); }
-    void CommitTransaction() override {}
-    void RollbackTransaction() override {}
-    void BeginTransaction() override {}
-    IEAVRepository* EAVRepository() override { return &m_repository; }
-
-private:
-    std::shared_ptr<IEAVDatabase> m_whole;
-    BrokenEavRepository m_repository;
 };
 
 class BrokenStates final : public IDriverState {
@@ -272,27 +238,13 @@ BrokenPlugin::BrokenPlugin() {
     }
 }
 
-IDatabaseFactory& BrokenPlugin::whole() {
-    // Loaded once, whatever thread comes first: a loader has no lock.
-    static IDatabaseFactory& factory = []() -> IDatabaseFactory& {
-        QPluginLoader loader(qEnvironmentVariable("KELVRO_WHOLE_PLUGIN"));
-        auto* const loaded = qobject_cast<IDatabaseFactory*>(loader.instance());
-        if (loaded == nullptr) {
-            throw std::runtime_error(loader.errorString().toStdString());
-        }
-        return *loaded;
-    }();
-    return factory;
-}
-
 std::shared_ptr<IMessagesDatabase>
 BrokenPlugin::CreateMessageDatabaseInst(const QJsonObject& settings, QObject* parent) {
     if (fault("adopts the parent") && parent != nullptr) {
         new QObject(parent);
     }
     try {
-        return std::make_shared<BrokenMessages>(
-            whole().CreateMessageDatabaseInst(settings, parent));
+        return std::make_shared<BrokenMessages>(real().CreateMessageDatabaseInst(settings, parent));
     } catch (...) {
         if (fault("gives no object")) {
             return nullptr;
@@ -303,7 +255,8 @@ BrokenPlugin::CreateMessageDatabaseInst(const QJsonObject& settings, QObject* pa
 std::shared_ptr<IEAVDatabase> BrokenPlugin::CreateEavDatabaseInst(const QJsonObject& settings,
                                                                   QObject* parent) {
     static thread_local std::shared_ptr<IEAVDatabase> kept;
-    auto made = std::make_shared<BrokenEav>(whole().CreateEavDatabaseInst(settings, parent));
+    auto made = std::make_shared<test_support::ValuesWith<BrokenRecords>>(
+        real().CreateEavDatabaseInst(settings, parent));
     if (fault("keeps an object")) {
         kept = made;
     }
@@ -311,9 +264,5 @@ std::shared_ptr<IEAVDatabase> BrokenPlugin::CreateEavDatabaseInst(const QJsonObj
 }
 std::shared_ptr<IDriverState> BrokenPlugin::CreateDriverStateInst(const QJsonObject& settings,
                                                                   QObject* parent) {
-    return std::make_shared<BrokenStates>(whole().CreateDriverStateInst(settings, parent));
-}
-std::shared_ptr<IDeviceClientsDatabase>
-BrokenPlugin::CreateClientDatabaseInst(const QJsonObject& settings, QObject* parent) {
-    return whole().CreateClientDatabaseInst(settings, parent);
+    return std::make_shared<BrokenStates>(real().CreateDriverStateInst(settings, parent));
 }

@@ -1,15 +1,12 @@
 #pragma once
 
-#include "interfaces/idatabase_factory.h"
-
-#include <QObject>
+#include "tests/support/forwarding_plugin.h"
 
 /// A driver that has one fault, which KELVRO_FAULT names (broken_plugin.cpp says what each one
-/// does), and does everything else as the plug-in of KELVRO_WHOLE_PLUGIN.
-class BrokenPlugin : public QObject, public interfaces::IDatabaseFactory {
+/// does), and does everything else as the plug-in of KELVRO_REAL_PLUGIN.
+class BrokenPlugin : public test_support::ForwardingPlugin {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID KELVRO_IID) // of the build
-    Q_INTERFACES(interfaces::IDatabaseFactory)
 
 public:
     BrokenPlugin();
@@ -20,9 +17,4 @@ public:
                                                                     QObject* parent) override;
     std::shared_ptr<interfaces::IDriverState> CreateDriverStateInst(const QJsonObject& settings,
                                                                     QObject* parent) override;
-    std::shared_ptr<interfaces::IDeviceClientsDatabase>
-    CreateClientDatabaseInst(const QJsonObject& settings, QObject* parent) override;
-
-private:
-    static interfaces::IDatabaseFactory& whole();
 };

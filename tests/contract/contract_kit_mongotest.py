@@ -89,7 +89,7 @@ class ContractKit(unittest.TestCase):
     def run_kit(self, *arguments, **environment):
         return subprocess.run(
             [KIT, *map(str, arguments)], capture_output=True, encoding="utf-8", timeout=300,
-            env={**os.environ, "KELVRO_WHOLE_PLUGIN": PLUGIN, **environment},
+            env={**os.environ, "KELVRO_REAL_PLUGIN": PLUGIN, **environment},
         )
 
     def kit(self, *arguments, plugin=PLUGIN, settings=None, devices=None, **environment):

@@ -1,4 +1,4 @@
-"""What the tests of kelvro-host share: the program, its database, and Redis servers of their own.
+"""For tests of kelvro-host that want the plug-in's database empty, and a Redis server of their own.
 
 MONGODB_URL has to be in the environment. The plug-in's database has a fixed name, and is dropped;
 KELVRO_ALLOW_DROP=1 says that the server is ours.
@@ -6,30 +6,14 @@ KELVRO_ALLOW_DROP=1 says that the server is ours.
 
 import json
 import os
-import pathlib
 import signal
 import socket
 import subprocess
-import sys
 import tempfile
-import time
-import unittest
 
-import pymongo
+from host_program import DATABASE, HOST, PLUGIN, ProgramTest, eventually
 
-HOST, PLUGIN = sys.argv[1:3]
-DATABASE = "kelvrostorage"
 COLLECTIONS = ("ul_messages", "dl_messages", "eav_values", "eav_events", "states", "dl_queues")
-PATIENCE = 120
-
-
-def eventually(condition, what):
-    """Asks until it holds, and gives what it gave."""
-    deadline = time.monotonic() + PATIENCE
-    while time.monotonic() < deadline:
-        if result := condition():
-            return result
-    raise AssertionError(f"in vain waited for: {what}")
 
 
 class Redis:
@@ -95,36 +79,27 @@ class Redis:
         }
 
 
-class HostTest(unittest.TestCase):
+class HostTest(ProgramTest):
     """The program with an empty database and an empty Redis."""
 
     @classmethod
     def setUpClass(cls):
-        cls.client = pymongo.MongoClient(os.environ["MONGODB_URL"])
-        cls.database = cls.client[DATABASE]
+        super().setUpClass()
         cls.redis = Redis()
         cls.addClassCleanup(cls.redis.end)
 
     def setUp(self):
+        super().setUp()
         if os.environ.get("KELVRO_ALLOW_DROP") != "1" and self.database.list_collection_names():
             self.fail(f"this test would drop the database {DATABASE}; KELVRO_ALLOW_DROP=1 allows it")
         self.client.drop_database(DATABASE)
         self.addCleanup(self.client.drop_database, DATABASE)
         self.redis("FLUSHALL")
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
         self.settings = self.write_settings()
 
     def url(self, options=""):
         url = os.environ["MONGODB_URL"]
         return url + (("&" if "?" in url else "?") + options if options else "")
-
-    def write(self, name, text, mode=0o600):
-        file = self.folder / name
-        file.write_text(text, encoding="utf-8")
-        file.chmod(mode)
-        return file
 
     def write_settings(self, name="settings.json", mode=0o600, url=None, **redis):
         timeouts = ("serverSelectionTryOnce=false&serverSelectionTimeoutMS=10000&"
@@ -134,20 +109,14 @@ class HostTest(unittest.TestCase):
         return self.write(name, json.dumps(settings), mode)
 
     def command(self, *arguments, settings=None, plugin=PLUGIN):
-        name, *rest = map(str, arguments)
-        return [HOST, name, "--plugin", str(plugin), "--settings", str(settings or self.settings),
-                *rest]
+        name, *rest = arguments
+        return [HOST, name, "--plugin", plugin, "--settings", settings or self.settings, *rest]
 
     def run_host(self, *arguments, **options):
-        return subprocess.run(self.command(*arguments, **options), capture_output=True,
-                              encoding="utf-8", timeout=PATIENCE)
+        return self.run_program(self.command(*arguments, **options))
 
     def start_host(self, *arguments, **options):
-        process = subprocess.Popen(self.command(*arguments, **options), encoding="utf-8",
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self.addCleanup(process.communicate)
-        self.addCleanup(process.kill)
-        return process
+        return self.start_program(self.command(*arguments, **options))
 
     def interrupt(self, process):
         process.send_signal(signal.SIGINT)
@@ -162,7 +131,3 @@ class HostTest(unittest.TestCase):
     def lay_out(self):
         """A demo that deletes nothing opens every store all the same."""
         self.run_demo("--clear")
-
-
-def main():
-    unittest.main(argv=sys.argv[:1], verbosity=2)

@@ -6,30 +6,21 @@ usage: bench_mongotest.py KELVRO-HOST PLUGIN, with MONGODB_URL and REDIS_URL in 
 import csv
 import io
 import json
-import os
+import pathlib
 import signal
-import subprocess
 import sys
-import time
-import unittest
-import urllib.parse
 
-import pymongo
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent))
+from host_program import HOST, PLUGIN, ProgramTest, eventually, main, redis  # noqa: E402
 
-HOST, PLUGIN = sys.argv[1:3]
 DEVICES = list(range(2_147_480_001, 2_147_480_011))
 COLLECTIONS = ("ul_messages", "dl_messages", "eav_values", "eav_events")
 OPERATIONS = 27
 
 
-class Bench(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.client = pymongo.MongoClient(os.environ["MONGODB_URL"])
-        cls.addClassCleanup(cls.client.close)
-        cls.database = cls.client["kelvrostorage"]
-
+class Bench(ProgramTest):
     def setUp(self):
+        super().setUp()
         self.clear()
         self.addCleanup(self.clear)
 
@@ -47,25 +38,16 @@ class Bench(unittest.TestCase):
         return {name: number for name, number in count.items() if number}
 
     def redis_keys(self):
-        server = urllib.parse.urlparse(os.environ["REDIS_URL"])
-        password = ["-a", server.password, "--no-auth-warning"] if server.password else []
-        found = []
-        for database, pattern in ((0, "kelvro-host-bench:*"), (7, "21474800*")):
-            found += subprocess.run(
-                ["redis-cli", "-h", server.hostname, "-p", str(server.port or 6379), *password,
-                 "-n", str(database), "--scan", "--pattern", pattern],
-                capture_output=True, encoding="utf-8", timeout=60, check=True,
-            ).stdout.split()
-        return found
+        return [
+            key for database, pattern in ((0, "kelvro-host-bench:*"), (7, "21474800*"))
+            for key in redis(database, "--scan", "--pattern", pattern).split()
+        ]
 
     def command(self, *arguments):
-        return [HOST, "bench", "--plugin", PLUGIN, *map(str, arguments)]
+        return [HOST, "bench", "--plugin", PLUGIN, *arguments]
 
     def bench(self, *arguments, **environment):
-        return subprocess.run(
-            self.command(*arguments), capture_output=True, encoding="utf-8", timeout=120,
-            env={**os.environ, **environment}, check=False,
-        )
+        return self.run_program(self.command(*arguments), **environment)
 
     def expect_nothing_left(self):
         self.assertEqual(self.stored(), {})
@@ -117,11 +99,8 @@ class Bench(unittest.TestCase):
 
     def test_leaves_nothing_when_it_is_interrupted(self):
         for number in (signal.SIGINT, signal.SIGTERM):
-            process = subprocess.Popen(
-                self.command("--yes", "--secs", 6000, "--json"), stdout=subprocess.PIPE,
-                stderr=subprocess.PIPE, encoding="utf-8",
-            )
-            self.await_records()
+            process = self.start_program(self.command("--yes", "--secs", 6000, "--json"))
+            eventually(self.stored, "records")
             process.send_signal(number)
             output, errors = process.communicate(timeout=60)
             self.assertEqual(process.returncode, 1, errors)
@@ -129,22 +108,13 @@ class Bench(unittest.TestCase):
             self.expect_nothing_left()
 
     def test_removes_what_one_that_was_killed_has_left(self):
-        process = subprocess.Popen(
-            self.command("--yes", "--secs", 600), stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL,
-        )
-        self.await_records()
+        process = self.start_program(self.command("--yes", "--secs", 600))
+        eventually(self.stored, "records")
         process.kill()
         process.wait(timeout=60)
         self.assertNotEqual(self.stored(), {})
         self.assertEqual(self.bench("--yes", "--secs", 1).returncode, 0)
         self.expect_nothing_left()
-
-    def await_records(self):
-        deadline = time.monotonic() + 60
-        while not self.stored():
-            self.assertLess(time.monotonic(), deadline)
-            time.sleep(0.02)
 
     def test_names_the_server_that_is_missing(self):
         result = self.bench("--yes", REDIS_URL="redis://:secret@127.0.0.1:1")
@@ -154,4 +124,4 @@ class Bench(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)
+    main()

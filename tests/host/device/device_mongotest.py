@@ -12,7 +12,6 @@ import pathlib
 import socket
 import subprocess
 import sys
-import tempfile
 import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent))
@@ -214,14 +213,12 @@ class ReadOnlyTest(HostTest):
 
     def setUp(self):
         super().setUp()
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
         with socket.socket() as free:
             free.bind(("127.0.0.1", 0))
             port = free.getsockname()[1]
         self.url = f"redis://127.0.0.1:{port}"
         server = subprocess.Popen(
-            ["redis-server", "--port", str(port), "--bind", "127.0.0.1", "--dir", folder.name,
+            ["redis-server", "--port", str(port), "--bind", "127.0.0.1", "--dir", self.folder,
              "--save", "", "--replicaof", "127.0.0.1 1"],
             stdout=subprocess.PIPE, encoding="utf-8",
         )

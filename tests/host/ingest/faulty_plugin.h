@@ -1,8 +1,6 @@
 #pragma once
 
-#include "interfaces/idatabase_factory.h"
-
-#include <QObject>
+#include "tests/support/forwarding_plugin.h"
 
 /// The plug-in of KELVRO_REAL_PLUGIN, but that something happens at one of the calls that save
 /// uplinks, values or events. KELVRO_FAULT says which, counted from 1 over all of them, and what,
@@ -14,21 +12,13 @@
 ///
 /// Uplinks of KELVRO_REFUSED_METER and values of KELVRO_REFUSED_CODE are refused; values before one
 /// in the same list are saved.
-class FaultyPlugin : public QObject, public interfaces::IDatabaseFactory {
+class FaultyPlugin : public test_support::ForwardingPlugin {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID "org.kelvrostorage.idatabase_factory")
-    Q_INTERFACES(interfaces::IDatabaseFactory)
 
 public:
     std::shared_ptr<interfaces::IMessagesDatabase>
     CreateMessageDatabaseInst(const QJsonObject& settings, QObject* parent) override;
     std::shared_ptr<interfaces::IEAVDatabase> CreateEavDatabaseInst(const QJsonObject& settings,
                                                                     QObject* parent) override;
-    std::shared_ptr<interfaces::IDriverState> CreateDriverStateInst(const QJsonObject& settings,
-                                                                    QObject* parent) override;
-    std::shared_ptr<interfaces::IDeviceClientsDatabase>
-    CreateClientDatabaseInst(const QJsonObject& settings, QObject* parent) override;
-
-private:
-    static interfaces::IDatabaseFactory& real();
 };

@@ -6,7 +6,6 @@ usage: plot_mongotest.py KELVRO-HOST PLUGIN
 import os
 import pathlib
 import sys
-import tempfile
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent.parent))
 from host_program import DEVICE, OTHER, START, HostTest, later, main  # noqa: E402
@@ -19,9 +18,7 @@ DAY = 24 * HOUR
 class PlotTest(HostTest):
     def setUp(self):
         super().setUp()
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.base = pathlib.Path(folder.name, "it's")
+        self.base = self.folder / "it's"
 
     def put(self, code, unit, values, device=DEVICE):
         """Values by the seconds since START."""

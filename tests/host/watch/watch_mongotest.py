@@ -12,18 +12,16 @@ import signal
 import socket
 import subprocess
 import sys
-import tempfile
 import threading
 import time
-import unittest
 
 import bson
-import pymongo
 import pymongo.uri_parser
 
-HOST, PLUGIN = sys.argv[1:3]
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent))
+from host_program import HOST, PLUGIN, ProgramTest, eventually, main  # noqa: E402
+
 DEVICE = 91_002_001
-PATIENCE_SECS = 60
 
 
 class Relay:
@@ -69,17 +67,9 @@ class Relay:
             target.shutdown(socket.SHUT_RDWR)
 
 
-class Watch(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.client = pymongo.MongoClient(os.environ["MONGODB_URL"])
-        cls.addClassCleanup(cls.client.close)
-        cls.database = cls.client["kelvrostorage"]
-
+class Watch(ProgramTest):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
+        super().setUp()
         self.socket = self.folder / "tmux"
         self.clear()
         self.addCleanup(self.clear)
@@ -116,7 +106,7 @@ class Watch(unittest.TestCase):
     def settings_of_terminal(self, name):
         file = self.folder / name
         self.type(f"stty -a >{file}.new; mv {file}.new {file}", "Enter")
-        self.eventually(file.exists)
+        self.eventually(file.exists, file)
         return file.read_text(encoding="utf-8")
 
     def type(self, *keys):
@@ -125,17 +115,14 @@ class Watch(unittest.TestCase):
     def screen(self):
         return self.tmux("capture-pane", "-p")
 
-    def eventually(self, condition):
-        deadline = time.monotonic() + PATIENCE_SECS
-        while not condition():
-            self.assertLess(time.monotonic(), deadline, self.screen())
-            time.sleep(0.02)
+    def eventually(self, condition, what):
+        eventually(condition, lambda: f"{what}:\n{self.screen()}")
 
     def await_text(self, text):
-        self.eventually(lambda: text in self.screen())
+        self.eventually(lambda: text in self.screen(), f"{text!r} on the screen")
 
     def await_no_text(self, text):
-        self.eventually(lambda: text not in self.screen())
+        self.eventually(lambda: text not in self.screen(), f"a screen without {text!r}")
 
     def expect_restored(self, status):
         """The shell is there again as it was."""
@@ -275,19 +262,14 @@ class Watch(unittest.TestCase):
             self.assertLess(time.monotonic() - began, 30)
 
     def test_wants_a_terminal(self):
-        result = subprocess.run(
-            [HOST, "watch", "--plugin", PLUGIN, "--device", str(DEVICE)], capture_output=True,
-            encoding="utf-8", timeout=60, check=False,
-        )
+        result = self.run_program([HOST, "watch", "--plugin", PLUGIN, "--device", DEVICE])
         self.assertEqual(result.returncode, 2)
         self.assertIn("watch fills a terminal", result.stderr)
         self.assertEqual(result.stdout, "")
 
     def test_wants_a_device(self):
-        self.assertEqual(
-            subprocess.run([HOST, "watch"], capture_output=True, timeout=60, check=False).returncode, 2
-        )
+        self.assertEqual(self.run_program([HOST, "watch"]).returncode, 2)
 
 
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], *sys.argv[3:]], verbosity=2)
+    main()
