@@ -9,6 +9,7 @@
 
 #include <exception>
 #include <iostream>
+#include <stdexcept>
 
 namespace {
 
@@ -49,7 +50,11 @@ ExitStatus runProgram(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         const QCoreApplication application(argc, argv);
-        return runProgram(argc, argv);
+        const auto status = runProgram(argc, argv);
+        if (!std::cout.flush()) {
+            throw std::runtime_error("cannot write the output");
+        }
+        return status;
     } catch (const std::exception& error) {
         std::cerr << "kelvro-contract: " << error.what() << '\n';
         return failed;

@@ -9,6 +9,8 @@
 #include <ftxui/dom/table.hpp>
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <iostream>
 #include <iterator>
 #include <limits>
@@ -94,8 +96,19 @@ Console Console::standardError() {
 
 void Console::requireWritten() {
     m_stream.flush();
-    if (!m_stream) {
-        throw Failure(QStringLiteral("cannot write the output: %1").arg(qt_error_string()));
+    noteFault();
+    if (m_fault == EPIPE) {
+        std::signal(SIGPIPE, SIG_DFL); // NOLINT(cert-err33-c)
+        std::raise(SIGPIPE);
+    }
+    if (m_fault != 0) {
+        throw Failure(QStringLiteral("cannot write the output: %1").arg(qt_error_string(m_fault)));
+    }
+}
+
+void Console::noteFault() {
+    if (!m_stream && m_fault == 0) {
+        m_fault = errno != 0 ? errno : EIO;
     }
 }
 
@@ -104,17 +117,20 @@ void Console::line(const QString& text) {
         m_stream << clearedLine;
     }
     m_stream << text.toStdString() << '\n' << std::flush;
+    noteFault();
 }
 
 void Console::passingLine(const std::string& text) {
     if (isTerminal()) {
         m_stream << clearedLine << text << std::flush;
+        noteFault();
         m_passing = true;
     }
 }
 
 void Console::bytes(const QByteArray& bytes) {
     m_stream.write(bytes.constData(), bytes.size());
+    noteFault();
 }
 
 void Console::heading(const QString& title) {
@@ -147,6 +163,7 @@ void Console::table(const std::vector<Column>& columns, const std::vector<QStrin
     } else {
         blocks(columns, whole);
     }
+    noteFault();
 }
 
 void Console::blocks(const std::vector<Column>& columns, const std::vector<QStringList>& rows) {

@@ -39,7 +39,9 @@ public:
     /// The program's standard error.
     static Console standardError();
 
-    /// Throws Failure if something written has not arrived, as on a full disk.
+    /// Throws Failure if something written has not arrived, as on a full disk. If it is because
+    /// nobody reads on, ends the program instead, quietly, by the signal that ends every filter so,
+    /// whether it was ignored until now or not.
     void requireWritten();
 
     void line(const QString& text = {});
@@ -69,12 +71,16 @@ public:
 private:
     friend class Progress;
 
+    /// To be called when something has been written, before the cause of a fault is forgotten.
+    void noteFault();
     void blocks(const std::vector<Column>& columns, const std::vector<QStringList>& rows);
 
     std::ostream& m_stream;
     Kind m_kind;
     int m_width;
     bool m_passing = false;
+    /// The first error of the system's; 0 if there was none.
+    int m_fault = 0;
 };
 
 } // namespace host

@@ -3,13 +3,14 @@
 #include "host/console.h"
 #include "host/drawing.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace host {
 
 namespace {
 
-constexpr int barWidth = 40;
+constexpr int widestBar = 40;
 
 } // namespace
 
@@ -34,12 +35,16 @@ void Progress::advance(int steps) {
 
 void Progress::drawBar() {
     const auto part = static_cast<float>(m_done) / static_cast<float>(m_total);
+    const auto count = QStringLiteral(" %1 of %2").arg(m_done).arg(m_total);
+    // A line that the terminal breaks would not be redrawn, but followed by another.
+    const int width = m_console.width() - 1;
+    const int barWidth = std::clamp(width - m_title.size() - 1 - count.size(), 0, widestBar);
     const auto bar = ftxui::hbox({
         ftxui::text(m_title.toStdString() + ' '),
         ftxui::gauge(part) | ftxui::size(ftxui::WIDTH, ftxui::EQUAL, barWidth),
-        ftxui::text(' ' + std::to_string(m_done) + " of " + std::to_string(m_total)),
+        ftxui::text(count.toStdString()),
     });
-    m_console.m_stream << '\r' << draw(bar).ToString() << std::flush;
+    m_console.m_stream << '\r' << draw(bar, width).ToString() << std::flush;
     m_lineOpen = true;
 }
 

@@ -3,8 +3,10 @@
 #include "host/command_line/text_options.h"
 #include "host/console.h"
 
+#include <QByteArray>
 #include <QLoggingCategory>
 
+#include <sstream>
 #include <utility>
 
 namespace host {
@@ -59,7 +61,12 @@ std::optional<ExitStatus> CommandLine::parse(int argc, const char* const* argv) 
     try {
         m_app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return m_app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::WronglyCalled;
+        std::ostringstream help;
+        const bool asked = m_app.exit(error, help) == 0;
+        auto results = Console::standardOutput();
+        results.bytes(QByteArray::fromStdString(help.str()));
+        results.requireWritten();
+        return asked ? ExitStatus::Done : ExitStatus::WronglyCalled;
     }
     return {};
 }

@@ -53,7 +53,7 @@ public:
     void addZoneOption(CLI::App& command);
 
     /// Chooses a command. What the program ends with instead, if help was asked for or the call was
-    /// wrong; either has been printed then.
+    /// wrong; either has been printed then. Throws Failure if help could not be.
     std::optional<ExitStatus> parse(int argc, const char* const* argv);
 
     /// Runs the command that was chosen. What the command throws passes through.

@@ -65,6 +65,15 @@ class ContractProgram(unittest.TestCase):
         self.assertEqual(self.offered("--settings", "dri"), ["driver.so"])
         self.assertEqual(self.offered("--only", ""), [])
 
+    def test_says_that_the_output_could_not_be_written(self):
+        for option in ("--list", "--manual", "--completion", "--help", "--version"):
+            with open("/dev/full", "wb") as full:
+                result = subprocess.run(
+                    [KIT, option], stdout=full, stderr=subprocess.PIPE, encoding="utf-8", timeout=60
+                )
+            self.assertEqual(result.returncode, 1, option)
+            self.assertIn("cannot write the output", result.stderr)
+
     def test_says_that_nothing_names_a_server(self):
         with tempfile.TemporaryDirectory() as home:
             result = run(KIT, env={"HOME": home})

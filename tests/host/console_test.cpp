@@ -3,6 +3,7 @@
 
 #include "tests/support/qt_literals.h"
 
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -93,6 +94,22 @@ TEST(TerminalConsole, RedrawsTheProgressBarAndEndsItsLine) {
     EXPECT_NE(text.find("1 of 2"), std::string::npos);
     EXPECT_NE(text.find("2 of 2"), std::string::npos);
     EXPECT_EQ(text.back(), '\n');
+}
+
+TEST(TerminalConsole, KeepsTheProgressBarOnOneLine) {
+    for (const int width : {20, 40, 100}) {
+        std::ostringstream stream;
+        Console console(stream, Console::Kind::Terminal, width);
+        {
+            auto progress = console.progress("Storing messages"_q, 51);
+            progress.advance(51);
+        }
+        const auto line = QString::fromStdString(stream.str())
+                              .remove(QRegularExpression("\x1b\\[[0-9;]*[A-Za-z]"_q))
+                              .trimmed();
+        EXPECT_LT(line.size(), width);
+        EXPECT_TRUE(line.startsWith("Storing m"_q)) << line.toStdString();
+    }
 }
 
 TEST(PlainConsole, ShowsTheFirstTwentyComplaintsAndTheNumberOfTheRest) {
