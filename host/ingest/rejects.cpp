@@ -2,6 +2,7 @@
 
 #include "host/console.h"
 #include "host/failure.h"
+#include "host/file_writing.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -45,7 +46,7 @@ void Rejects::add(const Source& source, const QString& reason) {
     const QByteArray text = QJsonDocument(reject).toJson(QJsonDocument::Compact) + '\n';
     if (m_file.write(text) != text.size()) {
         throw Failure(QStringLiteral("cannot write the file for rejected lines %1: %2")
-                          .arg(m_file.fileName(), m_file.errorString()));
+                          .arg(m_file.fileName(), writeFault(m_file)));
     }
 }
 

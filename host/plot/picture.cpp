@@ -66,15 +66,9 @@ QString plotCommand(const std::vector<Drawing>& drawings) {
     return QStringLiteral("plot ") + parts.join(QStringLiteral(", \\\n     ")) + QLatin1Char('\n');
 }
 
-QString targetCommands(const Target& target) {
-    return QStringLiteral("set terminal %1 noenhanced\nset output%2\n")
-        .arg(target.terminal,
-             target.fileName.isEmpty() ? QString() : QLatin1Char(' ') + quoted(target.fileName));
-}
-
 } // namespace
 
-QString plotScript(const Picture& picture, const std::vector<Target>& targets) {
+QString plotScript(const Picture& picture, const QString& terminal) {
     QString script =
         dataBlocks(picture) +
         QStringLiteral("set encoding utf8\nset title %1\n").arg(quoted(picture.title)) +
@@ -92,10 +86,8 @@ QString plotScript(const Picture& picture, const std::vector<Target>& targets) {
         // For the last tic's label.
         script += QStringLiteral("set rmargin 6\n");
     }
-    for (const auto& target : targets) {
-        script += targetCommands(target) + plotCommand(picture.drawings);
-    }
-    return script + QStringLiteral("unset output\n");
+    return script + QStringLiteral("set terminal %1 noenhanced\n").arg(terminal) +
+           plotCommand(picture.drawings) + QStringLiteral("unset output\n");
 }
 
 } // namespace host

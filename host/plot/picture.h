@@ -35,13 +35,7 @@ struct Picture {
     std::vector<Drawing> drawings;
 };
 
-/// A file or, where it has no name, the standard output, and the gnuplot terminal that draws it.
-struct Target {
-    QString terminal;
-    QString fileName;
-};
-
-/// The gnuplot commands that draw the picture on each target.
-QString plotScript(const Picture& picture, const std::vector<Target>& targets);
+/// The gnuplot commands that draw the picture with this of its terminals, on the standard output.
+QString plotScript(const Picture& picture, const QString& terminal);
 
 } // namespace host

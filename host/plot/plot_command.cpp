@@ -1,6 +1,7 @@
 #include "host/plot/plot_command.h"
 
 #include "host/check/attempt.h"
+#include "host/file_writing.h"
 #include "host/input/meter_reading.h"
 #include "host/input/settings.h"
 #include "host/plot/drawn_curves.h"
@@ -169,9 +170,15 @@ Drawn drawCurves(const std::vector<Curve>& curves, const Canvas& canvas) {
 }
 
 /// With characters, so many columns wide and lines high.
-Target asciiTarget(int width, int height) {
-    return {QStringLiteral("dumb nofeed size %1,%2").arg(width).arg(height), {}};
+QString asciiTerminal(int width, int height) {
+    return QStringLiteral("dumb nofeed size %1,%2").arg(width).arg(height);
 }
+
+/// A file, and the gnuplot terminal that draws it.
+struct Target {
+    QString terminal;
+    QString fileName;
+};
 
 std::vector<Target> fileTargets(const PlotOptions& options) {
     const Target svg{QStringLiteral("svg size 1000,500 background 'white'"),
@@ -217,20 +224,22 @@ void runPlot(const PlotOptions& options, Session& session) {
     const auto curves = readCurves(options, session);
     const auto drawn = options.per ? drawConsumption(options, curves, canvas, session.remarks())
                                    : drawCurves(curves, canvas);
-    // A line for each curve, and the shell's.
-    const int height = std::max(10, terminal.dimy - drawn.account.size() - 1);
-    const auto targets =
-        options.ascii ? std::vector{asciiTarget(terminal.dimx, height)} : fileTargets(options);
-    const auto printed = runGnuplot(plotScript(drawn.picture, targets));
+    QStringList files;
     if (options.ascii) {
-        console.bytes(withoutMargins(printed));
+        // A line for each curve, and the shell's.
+        const int height = std::max(10, terminal.dimy - drawn.account.size() - 1);
+        console.bytes(withoutMargins(
+            runGnuplot(plotScript(drawn.picture, asciiTerminal(terminal.dimx, height)))));
+    } else {
+        for (const auto& target : fileTargets(options)) {
+            writeFile(target.fileName, runGnuplot(plotScript(drawn.picture, target.terminal)));
+            files.append(target.fileName);
+        }
     }
     for (const auto& line : drawn.account) {
         console.line(line);
     }
-    if (!options.ascii) {
-        QStringList files;
-        std::ranges::transform(targets, std::back_inserter(files), &Target::fileName);
+    if (!files.isEmpty()) {
         console.line(QStringLiteral("drawn into ") + files.join(QStringLiteral(" and ")));
     }
 }

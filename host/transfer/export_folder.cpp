@@ -1,6 +1,7 @@
 #include "host/transfer/export_folder.h"
 
 #include "host/failure.h"
+#include "host/file_writing.h"
 #include "host/session/installation.h"
 
 #include <QDir>
@@ -8,7 +9,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <QUrl>
 
 #include <algorithm>
@@ -178,12 +178,7 @@ void ExportFolder::write() const {
     if (m_finished.isValid()) {
         manifest.insert(key("finished"), textOf(m_finished));
     }
-    QSaveFile file(manifestOf(m_path));
-    if (!file.open(QIODevice::WriteOnly) || file.write(QJsonDocument(manifest).toJson()) < 0 ||
-        !file.commit()) {
-        throw Failure(
-            QStringLiteral("cannot write %1: %2").arg(file.fileName(), file.errorString()));
-    }
+    replaceFile(manifestOf(m_path), QJsonDocument(manifest).toJson());
 }
 
 } // namespace host

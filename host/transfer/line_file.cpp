@@ -1,6 +1,7 @@
 #include "host/transfer/line_file.h"
 
 #include "host/failure.h"
+#include "host/file_writing.h"
 
 #include <unistd.h>
 
@@ -41,9 +42,9 @@ LineFileSum LineFileWriter::finish() {
     return m_sum;
 }
 
-void LineFileWriter::require(bool done) const {
+void LineFileWriter::require(bool done) {
     if (!done) {
-        throw Failure(QStringLiteral("cannot write %1: %2").arg(m_fileName, m_file.errorString()));
+        throw Failure(QStringLiteral("cannot write %1: %2").arg(m_fileName, writeFault(m_file)));
     }
 }
 

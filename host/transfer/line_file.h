@@ -35,7 +35,7 @@ public:
     LineFileSum finish();
 
 private:
-    void require(bool done) const;
+    void require(bool done);
 
     QString m_fileName;
     QFile m_file;

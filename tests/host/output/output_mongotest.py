@@ -118,6 +118,24 @@ class Output(HostTest):
                 self.expect_done(command)
                 self.database["dl_messages"].delete_many({"api_key": ""})
 
+    def test_into_a_file_that_cannot_grow_makes_the_command_fail(self):
+        # As on a full disk, but with other words of the system's.
+        self.write("bad", "x" * 2000)
+        for command, file, most in (
+            (("plot", "-d", DEVICE, "--output", "curve.svg"), "curve.svg", 1000),
+            (("plot", "-d", DEVICE, "--output", "curve.png"), "curve.png", 1000),
+            (("export", "none"), "none/manifest.json", 100),
+            (("export", "export"), "export/mongodb/eav_values.jsonl", 2500),
+            (("ingest", "--rejects", "rejects", "bad"), "rejects", 1000),
+        ):
+            full = ("env", "--ignore-signal=XFSZ", "prlimit", f"--fsize={most}", "--")
+            with self.subTest(command):
+                result = self.run_into(command, subprocess.PIPE, full)
+                self.assertEqual(result.returncode, 1, result.stderr)
+                self.assertRegex(result.stderr, f"cannot write .*{re.escape(file)}.*: File too large")
+                self.assertNotIn("drawn", result.stdout)
+        self.assertEqual(list(self.folder.glob("none/manifest.json*")), [])
+
     def test_that_is_closed_is_missed_by_nobody(self):
         closed = ("sh", "-c", 'exec "$@" >&- <&-', "sh")
         for command in (*QUERIES, *WORK, *OF_ITSELF):
