@@ -233,7 +233,7 @@ BrokenPlugin::BrokenPlugin() {
         QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false"));
     }
     if (fault("talks")) {
-        std::puts("{\"item\": \"plugin.metadata\", \"result\": \"failed\"}");
+        std::puts(R"({"item": "plugin.metadata", "result": "failed"})");
         std::fflush(stdout);
     }
 }

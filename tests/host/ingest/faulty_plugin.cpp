@@ -14,7 +14,8 @@ void call(const std::function<void()>& whole, const std::function<void()>& half)
     static const auto fault = qEnvironmentVariable("KELVRO_FAULT").split(QLatin1Char(' '));
     static int calls = 0;
     if (++calls != fault.value(0).toInt()) {
-        return whole();
+        whole();
+        return;
     }
     const auto how = fault.value(1);
     if (how.endsWith(QLatin1String("after"))) {
