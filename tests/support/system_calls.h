@@ -53,6 +53,7 @@ public:
 
     /// For system_calls.cpp.
     bool isSilent(int fd) const;
+    static bool isConnecting(int fd);
 
 private:
     std::function<bool(int port)> m_isSilent;
