@@ -28,3 +28,10 @@ if(KELVRO_COVERAGE)
     target_compile_options(kelvro_options INTERFACE --coverage)
     target_link_options(kelvro_options INTERFACE --coverage)
 endif()
+
+# For the programs and the tests, which are not the plug-in: not optimised but in a release, for that
+# takes longer than all else about compiling them. Link to Kelvro::quick privately.
+add_library(kelvro_quick INTERFACE)
+add_library(Kelvro::quick ALIAS kelvro_quick)
+target_compile_options(kelvro_quick INTERFACE
+    $<$<NOT:$<CONFIG:Release>>:-O0$<SEMICOLON>-g1>)
