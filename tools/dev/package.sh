@@ -27,6 +27,7 @@ command_package() {
 # With the flags that Debian builds its own with.
 make_packages() {
     local packager
+    install_packages_if_missing dpkg-dev file # with which CPack finds out what the programs depend on
     packager="${DEBFULLNAME:-Kelvrostorage maintainers} <${DEBEMAIL:-maintainers@kelvrostorage.invalid}>"
     CXXFLAGS=$(debian_flags CPPFLAGS CXXFLAGS) LDFLAGS=$(debian_flags LDFLAGS) \
         build_preset package lenient
