@@ -53,8 +53,8 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "gnuplot-nox | gnuplot, wmbusmeters")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
 "command-line tools for the Kelvrostorage plug-in
 kelvro-host works through the storage driver plug-in as a metering server does:
-it brings data in, shows and watches what is stored, finds out what is wrong with
-plug-in and servers, and moves all to other servers. kelvro-contract tries
+it brings data in, shows and watches what is stored, finds out what is wrong
+with plug-in and servers, and moves all to other servers. kelvro-contract tries
 whether any plug-in file keeps what such a server relies on.")
 
 include(CPack)
