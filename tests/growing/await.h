@@ -1,23 +1,19 @@
 #pragma once
 
+#include "tests/support/eventually.h"
+
 #include <chrono>
+#include <functional>
 #include <stdexcept>
 #include <string>
-#include <thread>
 
 namespace growing {
 
 /// Returns once the condition holds; throws std::runtime_error, which says what was awaited, if it
 /// does not within two minutes.
-template <typename Condition>
-void await(const Condition& condition, const std::string& what) {
-    using namespace std::chrono_literals;
-    const auto deadline = std::chrono::steady_clock::now() + 2min;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            throw std::runtime_error("in vain waited for: " + what);
-        }
-        std::this_thread::sleep_for(5ms);
+inline void await(const std::function<bool()>& condition, const std::string& what) {
+    if (!test_support::eventually(condition, std::chrono::minutes(2))) {
+        throw std::runtime_error("in vain waited for: " + what);
     }
 }
 
