@@ -16,7 +16,7 @@ struct IngestAccount {
     qint64 valuesThere = 0;
     qint64 events = 0;
     qint64 eventsThere = 0;
-    /// Lines.
+    /// Lines of which something was refused for another reason than that it is there.
     qint64 rejected = 0;
     /// Lines that were read, but not stored to the end because the work was ended before.
     qint64 unfinished = 0;

@@ -46,7 +46,9 @@ public:
     static ExportedStore newStore(const QString& server, const QString& name);
     QString path(const ExportedStore& store) const;
 
+    /// A store whose file is whole.
     void add(const ExportedStore& store);
+    /// All stores are there: the export can be imported.
     void finish();
 
 private:

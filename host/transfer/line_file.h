@@ -32,6 +32,7 @@ public:
     /// `line` comes without its end.
     void add(const QByteArray& line);
 
+    /// Puts the file on the disk under its name; blocks on the disk.
     LineFileSum finish();
 
 private:
